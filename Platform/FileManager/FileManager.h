@@ -1,0 +1,33 @@
+// Whole files in and out.
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+#include <span>
+#include <vector>
+
+#include "Base/Result.h"
+
+namespace quillmere {
+
+enum class WriteExisting { refuse, replace };
+
+/// May be called from any thread. Errors have the domain `posixErrorDomain` and the system's
+/// error number as their code.
+class FileManager {
+public:
+    static constexpr const char* posixErrorDomain = "NSPOSIXErrorDomain";
+
+    virtual ~FileManager() = default;
+
+    virtual Result<std::vector<std::byte>> contentsOfFile(const std::filesystem::path& path) = 0;
+
+    /// Writes a file whole or not at all: its bytes are flushed to the disk before the name
+    /// appears. With `refuse`, an existing file stays untouched (EEXIST), even one that appears
+    /// while the bytes are written. A failure, or the end of the process at any point, leaves no
+    /// part of the file under any name.
+    virtual Result<void> writeFile(const std::filesystem::path& path,
+                                   std::span<const std::byte> contents, WriteExisting existing) = 0;
+};
+
+}  // namespace quillmere
