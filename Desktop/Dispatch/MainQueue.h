@@ -1,0 +1,42 @@
+// The queue of the thread that the screens, or the command line, live on.
+#pragma once
+
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+
+#include "Desktop/Dispatch/Clock.h"
+#include "Platform/Dispatch/Dispatch.h"
+
+namespace quillmere {
+
+/// Blocks wait until the owning thread pumps them; those left at the end never run.
+class MainQueue final : public DispatchQueue {
+public:
+    explicit MainQueue(Clock& clock) : clock_(clock) {}
+
+    void async(Block block) override;
+    void asyncAfter(std::chrono::nanoseconds delay, Block block) override;
+
+    /// Runs blocks in order until `done` answers true, waiting for more as long as it doesn't.
+    /// `done` is asked before each block and after each `async`, on the calling thread; whatever
+    /// else makes it true must post a block, or call `wake`.
+    void runUntil(const std::function<bool()>& done);
+
+    /// Runs the blocks that are there now, and those that they post, and returns.
+    void runPending();
+
+    void wake();
+
+private:
+    /// Takes the first block and runs it without the lock; false if there is none.
+    bool runOne(std::unique_lock<std::mutex>& lock);
+
+    Clock& clock_;
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    std::deque<Block> blocks_;
+    unsigned long wakes_ = 0;
+};
+
+}  // namespace quillmere
