@@ -1,0 +1,17 @@
+#include "Quillmere/Models/Services/FormatString.h"
+
+#include <gtest/gtest.h>
+
+namespace quillmere {
+namespace {
+
+TEST(FormatString, FillsPlaceholdersAndLeavesStrangersAlone) {
+    EXPECT_EQ(formatString("Failed (%@).", {"5"}), "Failed (5).");
+    EXPECT_EQ(formatString("%@ of %@", {"1", "3"}), "1 of 3");
+    EXPECT_EQ(formatString("%2$@ %1$@", {"a", "b"}), "b a");
+    EXPECT_EQ(formatString("100%% %@", {"%@"}), "100% %@");
+    EXPECT_EQ(formatString("%@ %3$@ %d %", {}), "%@ %3$@ %d %");
+}
+
+}  // namespace
+}  // namespace quillmere
