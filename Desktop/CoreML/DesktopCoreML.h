@@ -1,0 +1,31 @@
+// Networks on the desktop: compiled models, run by the neural runtime.
+#pragma once
+
+#include "Base/WorkerPool.h"
+#include "Platform/CoreML/CoreML.h"
+
+namespace quillmere {
+
+inline constexpr const char* coreMLErrorDomain = "quillmere.coreml";
+
+class DesktopCoreML final : public CoreML {
+public:
+    /// The networks run on `pool`, which outlives the models.
+    explicit DesktopCoreML(WorkerPool& pool) : pool_(pool) {}
+
+    Result<MLModelRef> modelWithContentsOfURL(const std::filesystem::path& url,
+                                              const MLModelConfiguration& configuration) override;
+    Result<MLMultiArrayRef> multiArrayWithShape(const std::vector<std::size_t>& shape,
+                                                MLMultiArrayDataType dataType) override;
+    Result<MLFeatureProviderRef> dictionaryFeatureProvider(
+        std::vector<std::pair<std::string, MLFeatureValue>> features) override;
+
+private:
+    WorkerPool& pool_;
+};
+
+/// A provider of just these features; of several with one name the first counts.
+MLFeatureProviderRef makeFeatureProvider(
+    std::vector<std::pair<std::string, MLFeatureValue>> features);
+
+}  // namespace quillmere
