@@ -80,6 +80,9 @@ int main(int argc, char** argv) try {
     CLI::Option* verified =
         app.add_option("--verify", arguments.first, "check a compiled model against its checksums");
 
+    bool printsVersion = false;
+    app.add_flag("--format-version", printsVersion, "print the version of what it writes");
+
     CLI::App* param = app.add_subcommand("import-param", "from a text graph and its weights");
     param->add_option("PARAM", arguments.first, "the graph, relative to --root")->required();
     param->add_option("BIN", arguments.second, "the weights, relative to --root")->required();
@@ -106,6 +109,10 @@ int main(int argc, char** argv) try {
     if (*layers) return write(importLayers(arguments.first, arguments.import), arguments.output);
     if (*composite) return mean(arguments);
     if (*verified) return verify(arguments.first);
+    if (printsVersion) {
+        std::cout << kFormatVersion << "\n";
+        return 0;
+    }
     std::cerr << app.help();
     return kUsage;
 } catch (const std::exception& error) {

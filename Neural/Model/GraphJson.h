@@ -10,7 +10,8 @@
 
 namespace quillmere::neural {
 
-/// Raised whenever an older reader would misread, or an older writer's output would be refused.
+/// Raised whenever an older reader would misread what is written now, and whenever the importers
+/// make something else of the same published weights: compiled models are kept by this number.
 inline constexpr int kFormatVersion = 1;
 
 /// All that graph.json says.
