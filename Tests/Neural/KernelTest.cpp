@@ -1,0 +1,132 @@
+// Every kernel against its slow twin, on every instruction set that this processor has.
+#include <gtest/gtest.h>
+#include <hwy/targets.h>
+
+#include <functional>
+#include <ostream>
+
+#include "Neural/Reference/ReferenceNetwork.h"
+#include "Neural/Runtime/Network.h"
+#include "Tests/Neural/TestModels.h"
+
+namespace quillmere::neural {
+namespace {
+
+using Names = std::vector<std::string>;
+
+struct Case {
+    const char* name;
+    int inputChannels;
+    std::function<void(RandomGraph&)> build;  // ends with a value "out"
+
+    friend std::ostream& operator<<(std::ostream& out, const Case& c) { return out << c.name; }
+};
+
+void leaky(RandomGraph& graph, int outputs, int kernel) {
+    graph.convolve("conv", "in", outputs, kernel);
+    graph.activation("out", "conv", Activation::leakyRelu, 0.2f);
+}
+
+const std::vector<Case> kCases{
+    {"Kernel1", 8, [](RandomGraph& g) { g.convolve("out", "in", 16, 1); }},
+    {"Kernel3", 8, [](RandomGraph& g) { g.convolve("out", "in", 16, 3); }},
+    {"Kernel5", 8, [](RandomGraph& g) { g.convolve("out", "in", 16, 5); }},
+    {"OneChannelToOne", 1, [](RandomGraph& g) { g.convolve("out", "in", 1, 3); }},
+    {"ChannelsThatFillNoPlane", 13, [](RandomGraph& g) { g.convolve("out", "in", 19, 3); }},
+    {"OutputsOfThreePlanes", 3, [](RandomGraph& g) { g.convolve("out", "in", 24, 3); }},
+    {"Relu", 4,
+     [](RandomGraph& g) {
+         g.convolve("conv", "in", 9, 3);
+         g.activation("out", "conv", Activation::relu);
+     }},
+    {"LeakyRelu", 4, [](RandomGraph& g) { leaky(g, 9, 3); }},
+    {"SlopePerChannel", 4,
+     [](RandomGraph& g) {
+         g.convolve("conv", "in", 19, 3);
+         g.prelu("out", "conv");
+     }},
+    {"ConvolutionOfPartlyFilledPlanes", 5,
+     [](RandomGraph& g) {
+         g.convolve("a", "in", 4, 3);
+         g.concatenation("joined", Names{"in", "a", "in"});
+         g.convolve("out", "joined", 10, 3);
+     }},
+    {"SumOfDifferentLayouts", 4,
+     [](RandomGraph& g) {
+         g.convolve("a", "in", 4, 1);
+         g.concatenation("joined", Names{"in", "a"});
+         g.convolve("b", "joined", 8, 1);
+         g.weightedSum("out", Names{"joined", "b", "joined"}, std::vector<float>{1, -0.5f, 0.2f});
+     }},
+    {"ChannelFirstShuffle", 18,
+     [](RandomGraph& g) { g.depthToSpace("out", "in", 3, DepthOrder::channelFirst); }},
+    {"PhaseFirstShuffle", 18,
+     [](RandomGraph& g) { g.depthToSpace("out", "in", 3, DepthOrder::phaseFirst); }},
+    {"NearestOfPartlyFilledPlanes", 3,
+     [](RandomGraph& g) {
+         g.concatenation("joined", Names{"in", "in", "in"});
+         g.nearestEnlargement("out", "joined", 3);
+     }},
+    {"ConvolutionAfterEnlargement", 3,
+     [](RandomGraph& g) {
+         g.nearestEnlargement("large", "in", 2);
+         g.convolve("out", "large", 3, 5);
+     }},
+    // A dense block: the planes of a value live in several others.
+    {"ReusedMemoryOfADenseBlock", 3,
+     [](RandomGraph& g) {
+         g.convolve("0", "in", 12, 3);
+         Names joined{"0"};
+         for (int i = 1; i <= 5; ++i) {
+             const std::string name = std::to_string(i);
+             g.concatenation("joined " + name, joined);
+             g.convolve(name, "joined " + name, 12, 3);
+             joined.push_back(name);
+         }
+         g.weightedSum("out", Names{"5", "0"}, std::vector<float>{0.2f, 1});
+     }},
+};
+
+// Sides around the kernels' block of pixels, the row pitch's exception (a power of two with its
+// halo), and images of one row or column.
+const std::vector<PixelSize> kSizes{{1, 1}, {1, 9}, {9, 1},  {2, 3},
+                                    {6, 4}, {7, 5}, {25, 3}, {62, 2}};
+
+class KernelTest : public testing::TestWithParam<Case> {
+protected:
+    ~KernelTest() override { hwy::SetSupportedTargetsForTest(0); }
+
+    WorkerPool pool_{3};
+    TemporaryFolder folder_;
+};
+
+TEST_P(KernelTest, AnOptimisedKernelComputesSomethingElseThanItsTwin) {
+    RandomGraph graph(GetParam().inputChannels);
+    GetParam().build(graph);
+    const CompiledModel model = compiled(graph.end("out"), folder_ / "model");
+    const auto network = Network::load(folder_ / "model", pool_);
+    ASSERT_TRUE(network) << network.error().localizedDescription;
+
+    const std::vector<std::int64_t> targets = hwy::SupportedAndGeneratedTargets();
+    ASSERT_FALSE(targets.empty());
+    Numbers numbers(7);
+    for (const PixelSize size : kSizes) {
+        const PlanarImage input = numbers.image(GetParam().inputChannels, size);
+        const auto twin = evaluateReference(model, input);
+        ASSERT_TRUE(twin);
+        for (const std::int64_t target : targets) {
+            hwy::SetSupportedTargetsForTest(target);
+            hwy::GetChosenTarget().DeInit();
+            const auto ours = (*network)->evaluate(input);
+            ASSERT_TRUE(ours) << ours.error().localizedDescription;
+            EXPECT_LT(largestDifference(*ours, *twin), 2e-5)
+                << hwy::TargetName(target) << ", " << size.width << " by " << size.height;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Operations, KernelTest, testing::ValuesIn(kCases),
+                         [](const auto& kernel) { return kernel.param.name; });
+
+}  // namespace
+}  // namespace quillmere::neural
