@@ -101,10 +101,11 @@ Result<void> writeModel(Graph graph, std::span<const std::vector<Half>> tensors,
     const std::string text = writeGraphJson({graph, weights.size(), Sha256::of(weights)});
 
     // "a/b/" and "a/b" are the same directory.
-    fs::path final = fs::absolute(directory).lexically_normal();
+    std::error_code failure;
+    fs::path final = fs::absolute(directory, failure).lexically_normal();
+    if (failure) return unwritable(directory, failure.value());
     if (!final.has_filename()) final = final.parent_path();
     const TemporaryDirectory made(final);
-    std::error_code failure;
     fs::create_directories(final.parent_path(), failure);
     if (!failure) fs::create_directory(made.path(), failure);
     if (failure) return unwritable(directory, failure.value());
