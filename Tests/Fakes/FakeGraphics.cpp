@@ -98,6 +98,7 @@ public:
         if (!picture.cgImage() || pixels_.empty()) return;
         const Span across = wholePixels(rect.x, rect.width, scale_);
         const Span down = wholePixels(rect.y, rect.height, scale_);
+        if (!std::isfinite(across.length) || !std::isfinite(down.length)) return;
         const double right = std::min(width_, across.start + across.length);
         const double bottom = std::min(height_, down.start + down.length);
         for (double y = std::max(0.0, down.start); y < bottom; ++y) {
@@ -166,6 +167,7 @@ std::optional<CGImage> FakeGraphics::imageInRect(const CGImage& bitmap, const Re
     line << "imageInRect " << rect.x << ',' << rect.y << ' ' << rect.width << 'x' << rect.height;
     log_.record(line.str());
     if (refusedCuts.count(cuts_++) != 0 || rect.isEmpty()) return {};
+    if (std::isnan(rect.x) || std::isnan(rect.y)) return {};
     const double left = std::max(0.0, std::floor(rect.x));
     const double top = std::max(0.0, std::floor(rect.y));
     const double right = std::min<double>(bitmap.size().width, std::ceil(rect.maxX()));

@@ -1,0 +1,20 @@
+// Picture files on the desktop: libvips for all formats but BMP.
+#pragma once
+
+#include "Platform/ImageIO/ImageIO.h"
+
+namespace quillmere {
+
+/// Errors have the domain "quillmere.imageio" and the codes of `ImageIOErrorCode`. See
+/// `readPicture` for the sizes that are refused, and `PictureWriter.h` for the encodings.
+class DesktopImageIO : public ImageIO {
+public:
+    Result<UIImage> imageWithData(std::span<const std::byte> data) override;
+    Result<std::vector<std::byte>> jpegRepresentation(const UIImage& picture,
+                                                      double quality) override;
+    Result<std::vector<std::byte>> pngRepresentation(const UIImage& picture) override;
+    Result<std::vector<std::byte>> heicRepresentation(const UIImage& picture,
+                                                      double quality) override;
+};
+
+}  // namespace quillmere

@@ -1,0 +1,146 @@
+#include "Desktop/ImageIO/PictureWriter.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "Desktop/ImageIO/BitmapBuffer.h"
+#include "Desktop/ImageIO/ImageIOError.h"
+#include "Desktop/ImageIO/Upright.h"
+#include "Desktop/ImageIO/VipsBitmap.h"
+#include "Desktop/ImageIO/VipsLibrary.h"
+
+namespace quillmere {
+namespace {
+
+Result<CGImage> uprightPicture(const UIImage& picture, int longestSide, const char* format) {
+    if (!picture.cgImage()) {
+        return imageIOError(ImageIOErrorCode::noBitmap, "There is no picture to save.");
+    }
+    const PixelSize size = picture.cgImage()->size();
+    if (std::max(size.width, size.height) > longestSide) {
+        return imageIOError(ImageIOErrorCode::tooLarge,
+                            std::string("The picture is too large for ") + format + ": it has " +
+                                std::to_string(size.width) + " by " + std::to_string(size.height) +
+                                " pixels, and a side may have up to " +
+                                std::to_string(longestSide) + ".");
+    }
+    if (!startVips()) return imageIOUnavailable();
+    auto upright = uprightBitmap(*picture.cgImage(), picture.imageOrientation());
+    if (!upright) return imageIOOutOfMemory();
+    return *std::move(upright);
+}
+
+bool isOpaque(const CGImage& bitmap) {
+    for (int y = 0; y < bitmap.size().height; ++y) {
+        const std::uint8_t* row = bitmap.row(y);
+        std::uint8_t alpha = 255;
+        for (int x = 0; x < bitmap.size().width; ++x) alpha &= row[4 * x + 3];
+        if (alpha != 255) return false;
+    }
+    return true;
+}
+
+std::optional<CGImage> withStraightAlpha(const CGImage& bitmap) {
+    auto buffer = BitmapBuffer::create(bitmap.size());
+    if (!buffer) return {};
+    for (int y = 0; y < bitmap.size().height; ++y) {
+        const std::uint8_t* source = bitmap.row(y);
+        std::uint8_t* target = buffer->row(y);
+        for (int x = 0; x < bitmap.size().width; ++x, source += 4, target += 4) {
+            const int alpha = source[3];
+            for (int c = 0; c < 3; ++c) {
+                const int straight = alpha == 0 ? 0 : (source[c] * 255 + alpha / 2) / alpha;
+                target[c] = static_cast<std::uint8_t>(std::min(straight, 255));
+            }
+            target[3] = source[3];
+        }
+    }
+    return (*std::move(buffer)).bitmap();
+}
+
+// The bands to be encoded, with the profile that says what they mean.
+VipsImageRef tagged(VipsImage* image, int bands) {
+    VipsImageRef result = vipsResult(
+        [&](VipsImage** out) { return vips_extract_band(image, out, 0, "n", bands, nullptr); });
+    VipsBlob* blob = nullptr;
+    if (!result || vips_profile_load("srgb", &blob, nullptr) != 0) return nullptr;
+    const VipsBlobRef profile(blob);
+    size_t bytes = 0;
+    const void* data = vips_blob_get(blob, &bytes);
+    vips_image_set_blob_copy(result.get(), VIPS_META_ICC_NAME, data, bytes);
+    // Exif, where an encoder adds it, would say "uncalibrated" otherwise.
+    vips_image_set_string(result.get(), "exif-ifd2-ColorSpace", "1");
+    constexpr double pixelsPerMillimetre = 72 / 25.4;
+    result->Xres = result->Yres = pixelsPerMillimetre;
+    return result;
+}
+
+// `save(image, void** bytes, size_t* count)` is one of the library's encoders.
+template <class Save>
+Result<std::vector<std::byte>> encoded(const CGImage& bitmap, int bands, const char* format,
+                                       const Save& save) {
+    const VipsImageRef source = vipsImageOf(bitmap);
+    const VipsImageRef image = source ? tagged(source.get(), bands) : nullptr;
+    void* memory = nullptr;
+    std::size_t count = 0;
+    const bool saved = image && save(image.get(), &memory, &count) == 0;
+    const std::unique_ptr<void, GFreeDeleter> owner(memory);
+    if (!saved) {
+        forgetVipsErrors();
+        return imageIOError(ImageIOErrorCode::notEncoded,
+                            std::string("The picture could not be saved as ") + format + ".");
+    }
+    const auto* bytes = static_cast<const std::byte*>(memory);
+    return std::vector<std::byte>(bytes, bytes + count);
+}
+
+int percent(double quality) {
+    if (!(quality > 0)) return 1;
+    return std::max(1, static_cast<int>(std::lround(std::min(quality, 1.0) * 100)));
+}
+
+// A premultiplied colour is what the picture shows on black, so that leaving alpha out is enough.
+constexpr int colourOnly = 3;
+
+}  // namespace
+
+Result<std::vector<std::byte>> writeJPEG(const UIImage& picture, double quality) {
+    constexpr int longestSide = 65'500;  // libjpeg's own limit
+    const Result<CGImage> bitmap = uprightPicture(picture, longestSide, "JPEG");
+    if (!bitmap) return bitmap.error();
+    return encoded(*bitmap, colourOnly, "JPEG", [&](VipsImage* image, void** out, size_t* count) {
+        return vips_jpegsave_buffer(image, out, count, "Q", percent(quality), "subsample_mode",
+                                    VIPS_FOREIGN_SUBSAMPLE_OFF, "optimize_coding", TRUE, nullptr);
+    });
+}
+
+Result<std::vector<std::byte>> writePNG(const UIImage& picture) {
+    constexpr int longestSide = 1'000'000;  // libpng's own limit
+    Result<CGImage> bitmap = uprightPicture(picture, longestSide, "PNG");
+    if (!bitmap) return bitmap.error();
+    const bool opaque = isOpaque(*bitmap);
+    if (!opaque) {
+        auto straight = withStraightAlpha(*bitmap);
+        if (!straight) return imageIOOutOfMemory();
+        bitmap = *std::move(straight);
+    }
+    return encoded(*bitmap, opaque ? 3 : 4, "PNG", [](VipsImage* image, void** out, size_t* count) {
+        return vips_pngsave_buffer(image, out, count, nullptr);
+    });
+}
+
+Result<std::vector<std::byte>> writeHEIC(const UIImage& picture, double quality) {
+    constexpr int longestSide = 16'384;  // libvips' own limit
+    const Result<CGImage> bitmap = uprightPicture(picture, longestSide, "HEIC");
+    if (!bitmap) return bitmap.error();
+    return encoded(*bitmap, colourOnly, "HEIC", [&](VipsImage* image, void** out, size_t* count) {
+        return vips_heifsave_buffer(image, out, count, "Q", percent(quality), "compression",
+                                    VIPS_FOREIGN_HEIF_COMPRESSION_HEVC, "subsample_mode",
+                                    VIPS_FOREIGN_SUBSAMPLE_ON, nullptr);
+    });
+}
+
+}  // namespace quillmere
