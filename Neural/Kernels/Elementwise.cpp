@@ -69,7 +69,7 @@ void depthToSpace(const PlaneList& input, int factor, DepthOrder order, const Pl
     const auto width = static_cast<std::size_t>(input.geometry.size.width);
     pool.parallelFor(heightOf(output), [&](std::size_t y, std::size_t) {
         for (std::size_t c = 0; c < to.size(); ++c) {
-            for (int dx = 0; dx < factor; ++dx) {
+            for (std::size_t dx = 0; dx < static_cast<std::size_t>(factor); ++dx) {
                 const std::size_t phase = y % factor * factor + dx;
                 const std::size_t source =
                     order == DepthOrder::channelFirst ? c * phases + phase : phase * to.size() + c;

@@ -26,12 +26,13 @@ struct PlaneGeometry {
     std::size_t floats = 0;  // of a whole plane, over-read included
 
     static PlaneGeometry of(PixelSize size, int halo) {
-        std::size_t pixels = static_cast<std::size_t>(size.width) + 2 * halo;
+        const std::size_t border = 2 * static_cast<std::size_t>(halo);
+        std::size_t pixels = static_cast<std::size_t>(size.width) + border;
         // Rows that lie a multiple of 2 KiB apart compete for the same few cache lines.
         if (pixels * kLanes * sizeof(float) % 2048 == 0) ++pixels;
         const std::size_t pitch = pixels * kLanes;
-        const std::size_t rows = static_cast<std::size_t>(size.height) + 2 * halo;
-        return {size, halo, pitch, rows * pitch + kOverread * kLanes};
+        const std::size_t rows = static_cast<std::size_t>(size.height) + border;
+        return {size, halo, pitch, rows * pitch + kOverread * std::size_t{kLanes}};
     }
 
     /// From a plane's start to its pixel (0, 0).
