@@ -1,0 +1,20 @@
+// The option `--limit` in the place of the stored choice, for one run.
+#pragma once
+
+#include "Platform/UserDefaults/UserDefaults.h"
+
+namespace quillmere::cli {
+
+class LimitOption final : public UserDefaults {
+public:
+    explicit LimitOption(int limit) : index_(limit == 1024 ? 0 : 1) {}
+
+    std::int64_t integerForKey(std::string_view key) const override {
+        return key == "resolutionLimitIndexKey" ? index_ : 0;
+    }
+
+private:
+    std::int64_t index_;
+};
+
+}  // namespace quillmere::cli

@@ -1,0 +1,41 @@
+// What the user asked of the command line.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <variant>
+#include <vector>
+
+#include "CommandLine/PictureFormat.h"
+#include "Quillmere/Models/Enhance/EnhanceStyle.h"
+
+namespace quillmere::cli {
+
+struct EnhanceOptions {
+    std::vector<std::filesystem::path> inputs;
+    std::optional<std::filesystem::path> output;  // a file or a folder, as given
+    EnhanceStyle style = EnhanceStyle::high;
+    std::optional<PictureFormat> format;
+    int limit = 1024;  // or 2048
+    bool force = false;
+    bool json = false;
+    bool quiet = false;
+};
+
+struct StylesOptions {
+    bool json = false;
+};
+
+/// A text to print, and the exit code that goes with it: help, version, or a usage error.
+struct Message {
+    std::string text;
+    int exitCode = 0;
+};
+
+using Command = std::variant<EnhanceOptions, StylesOptions, Message>;
+
+/// Never throws; whatever is wrong with the arguments is a `Message` with exit code 2.
+Command parseArguments(int argc, const char* const* argv);
+
+}  // namespace quillmere::cli

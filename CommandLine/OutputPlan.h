@@ -1,0 +1,35 @@
+// Which file each result becomes.
+#pragma once
+
+#include <filesystem>
+#include <set>
+
+#include "Base/Result.h"
+#include "CommandLine/Options.h"
+
+namespace quillmere::cli {
+
+struct OutputFile {
+    std::filesystem::path path;
+    PictureFormat format = PictureFormat::jpg;
+};
+
+/// Names the results of one run, and finds out before the work what would make it vain.
+class OutputPlan {
+public:
+    explicit OutputPlan(const EnhanceOptions& options);
+
+    /// The file for `input`. Fails where it exists and `--force` was not given, where it is one of
+    /// the run's inputs or an earlier result of the run, and where its folder is missing or
+    /// refuses writing.
+    Result<OutputFile> outputFor(const std::filesystem::path& input);
+
+private:
+    Result<void> check(const std::filesystem::path& output) const;
+
+    EnhanceOptions options_;
+    bool intoFolder_;
+    std::set<std::filesystem::path> taken_;
+};
+
+}  // namespace quillmere::cli

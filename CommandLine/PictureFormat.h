@@ -1,0 +1,19 @@
+// The formats that results are written in.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string_view>
+
+namespace quillmere::cli {
+
+enum class PictureFormat { jpg, heic, png };
+
+/// Its name on the command line, which is also its file extension.
+std::string_view formatName(PictureFormat format);
+
+/// The format that a file name's extension asks for (jpg, jpeg, heic, heif, png, in any case);
+/// nothing for another one or none.
+std::optional<PictureFormat> formatOfExtension(const std::filesystem::path& file);
+
+}  // namespace quillmere::cli

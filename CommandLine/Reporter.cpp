@@ -1,0 +1,67 @@
+#include "CommandLine/Reporter.h"
+
+#include <cstdio>
+#include <nlohmann/json.hpp>
+
+namespace quillmere::cli {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// File names are bytes: what is no UTF-8 is shown with replacement characters.
+void printLine(const Json& object) {
+    const std::string line = object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
+    std::fwrite(line.data(), 1, line.size(), stdout);
+    std::fflush(stdout);
+}
+
+std::string oneLine(const std::string& text) {
+    std::string line;
+    for (const char c : text) {
+        const bool space = c == '\n' || c == '\r' || c == '\t' || c == ' ';
+        if (!space) {
+            line += c;
+        } else if (!line.empty() && line.back() != ' ') {
+            line += ' ';
+        }
+    }
+    if (!line.empty() && line.back() == ' ') line.pop_back();
+    return line;
+}
+
+}  // namespace
+
+Reporter::Reporter(const EnhanceOptions& options)
+    : options_(options), line_(stderr, !options.quiet) {}
+
+void Reporter::progress(const std::filesystem::path& input, float fraction,
+                        std::chrono::seconds elapsed) {
+    line_.draw(progressText(input.filename().string(), fraction, elapsed));
+}
+
+void Reporter::succeeded(const std::filesystem::path& input, const std::filesystem::path& output,
+                         PixelSize size, std::chrono::duration<double> elapsed) {
+    line_.clear();
+    if (options_.json) {
+        printLine({{"input", input.string()},
+                   {"ok", true},
+                   {"output", output.string()},
+                   {"style", displayKey(options_.style)},
+                   {"width", size.width},
+                   {"height", size.height},
+                   {"seconds", elapsed.count()}});
+    } else if (!options_.quiet) {
+        std::printf("%s: %d by %d, made in %.1f s\n", output.c_str(), size.width, size.height,
+                    elapsed.count());
+        std::fflush(stdout);
+    }
+}
+
+void Reporter::failed(const std::filesystem::path& input, const std::string& reason) {
+    line_.clear();
+    const std::string line = oneLine(reason);
+    std::fprintf(stderr, "quillmere-cli: %s: %s\n", input.c_str(), line.c_str());
+    if (options_.json) printLine({{"input", input.string()}, {"ok", false}, {"error", line}});
+}
+
+}  // namespace quillmere::cli

@@ -1,0 +1,24 @@
+#include "Desktop/DesktopPlatform.h"
+
+#include <utility>
+
+namespace quillmere {
+
+Result<std::unique_ptr<DesktopPlatform>> DesktopPlatform::make() {
+    auto bundle = ResourceBundle::besideTheProgram();
+    if (!bundle) return bundle.error();
+    const auto english = bundle->urlForResource("en", "json");
+    auto strings = StringsFile::read(english.value_or("en.json"));
+    if (!strings) return strings.error();
+    return std::unique_ptr<DesktopPlatform>(
+        new DesktopPlatform(*std::move(bundle), *std::move(strings)));
+}
+
+DesktopPlatform::DesktopPlatform(ResourceBundle bundle, StringsFile strings)
+    : bundle_(std::move(bundle)),
+      strings_(std::move(strings)),
+      coreImage_(pool_),
+      coreML_(pool_),
+      vision_(coreImage_) {}
+
+}  // namespace quillmere

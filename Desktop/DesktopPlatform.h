@@ -1,0 +1,57 @@
+// The one place where the desktop's adapters are chosen and wired.
+#pragma once
+
+#include <memory>
+
+#include "Base/Result.h"
+#include "Base/WorkerPool.h"
+#include "Desktop/Analytics/SilentAnalytics.h"
+#include "Desktop/Application/ErrorStreamConsole.h"
+#include "Desktop/Application/ResourceBundle.h"
+#include "Desktop/CoreImage/DesktopCoreImage.h"
+#include "Desktop/CoreML/DesktopCoreML.h"
+#include "Desktop/Dispatch/DesktopDispatch.h"
+#include "Desktop/FileManager/DesktopFileManager.h"
+#include "Desktop/Graphics/DesktopGraphics.h"
+#include "Desktop/ImageIO/DesktopImageIO.h"
+#include "Desktop/Localization/StringsFile.h"
+#include "Desktop/Vision/DesktopVision.h"
+
+namespace quillmere {
+
+/// Owns every adapter; lives as long as what uses them. Its operations only hand them out.
+class DesktopPlatform {
+public:
+    /// Fails, with a sentence for the user, where the program's own resources are missing.
+    static Result<std::unique_ptr<DesktopPlatform>> make();
+
+    DesktopDispatch& dispatch() { return dispatch_; }
+    CoreML& coreML() { return coreML_; }
+    CoreImage& coreImage() { return coreImage_; }
+    Vision& vision() { return vision_; }
+    Graphics& graphics() { return graphics_; }
+    ImageIO& imageIO() { return imageIO_; }
+    FileManager& fileManager() { return fileManager_; }
+    Analytics& analytics() { return analytics_; }
+    Console& console() { return console_; }
+    const Localization& localization() const { return strings_; }
+    const Bundles& bundles() const { return bundle_; }
+
+private:
+    DesktopPlatform(ResourceBundle bundle, StringsFile strings);
+
+    WorkerPool pool_;
+    DesktopDispatch dispatch_;
+    ResourceBundle bundle_;
+    StringsFile strings_;
+    ErrorStreamConsole console_;
+    SilentAnalytics analytics_;
+    DesktopFileManager fileManager_;
+    DesktopImageIO imageIO_;
+    DesktopGraphics graphics_;
+    DesktopCoreImage coreImage_;
+    DesktopCoreML coreML_;
+    DesktopVision vision_;
+};
+
+}  // namespace quillmere

@@ -1,0 +1,100 @@
+#include "CommandLine/Options.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <stdlib.h>
+
+#include <filesystem>
+
+#include "CommandLine/ProgressLine.h"
+
+namespace quillmere::cli {
+namespace {
+
+using testing::HasSubstr;
+
+Command parse(std::vector<const char*> arguments) {
+    arguments.insert(arguments.begin(), "quillmere-cli");
+    return parseArguments(static_cast<int>(arguments.size()), arguments.data());
+}
+
+TEST(Options, DefaultsNeedNoManual) {
+    const auto options = std::get<EnhanceOptions>(parse({"enhance", "a.png"}));
+    EXPECT_EQ(options.inputs, std::vector<std::filesystem::path>{"a.png"});
+    EXPECT_FALSE(options.output);
+    EXPECT_EQ(options.style, EnhanceStyle::high);
+    EXPECT_FALSE(options.format);
+    EXPECT_EQ(options.limit, 1024);
+    EXPECT_FALSE(options.force || options.json || options.quiet);
+}
+
+TEST(Options, TakesEveryOptionInAnyOrder) {
+    const auto options = std::get<EnhanceOptions>(
+        parse({"enhance", "--quiet", "a.png", "--style", "speedAnime", "-o", "b.heic", "--limit",
+               "2048", "--force", "--json", "--format", "heic"}));
+    EXPECT_EQ(options.style, EnhanceStyle::speedAnime);
+    EXPECT_EQ(options.output, "b.heic");
+    EXPECT_EQ(options.format, PictureFormat::heic);
+    EXPECT_EQ(options.limit, 2048);
+    EXPECT_TRUE(options.force && options.json && options.quiet);
+}
+
+TEST(Options, WrongUseIsToldWithCodeTwo) {
+    struct Case {
+        std::vector<const char*> arguments;
+        const char* says;
+    };
+    const Case cases[] = {
+        {{}, "subcommand"},
+        {{"enlarge", "a.png"}, "enlarge"},
+        {{"enhance"}, "INPUT"},
+        {{"enhance", "a.png", "--style", "huge"}, "huge"},
+        {{"enhance", "a.png", "--style", "rapidHQ"}, "for videos"},
+        {{"enhance", "a.png", "--limit", "512"}, "512"},
+        {{"enhance", "a.png", "--format", "gif"}, "gif"},
+        {{"enhance", "a.png", "-o", "b.webp"}, "can't write .webp"},
+        {{"enhance", "a.png", "-o", "b.png", "--format", "jpg"}, "different formats"},
+        {{"enhance", "a.png", "b.png", "-o", "no-such-folder"}, "no folder"},
+        {{"enhance", "a.png", "-o", "no-such-folder/"}, "no folder"},
+        {{"enhance", "a.png", "--unknown"}, "--unknown"},
+        {{"styles", "extra"}, "extra"},
+    };
+    for (const Case& c : cases) {
+        const Command command = parse(c.arguments);
+        const auto* message = std::get_if<Message>(&command);
+        ASSERT_TRUE(message) << c.says;
+        EXPECT_EQ(message->exitCode, 2);
+        EXPECT_THAT(message->text, HasSubstr(c.says));
+    }
+}
+
+TEST(Options, HelpAndVersionSucceed) {
+    for (const auto& [argument, says] : {std::pair{"--help", "enhance"}, {"--version", "0."}}) {
+        const auto message = std::get<Message>(parse({argument}));
+        EXPECT_EQ(message.exitCode, 0);
+        EXPECT_THAT(message.text, HasSubstr(says));
+    }
+    EXPECT_THAT(std::get<Message>(parse({"enhance", "--help"})).text, HasSubstr("--limit"));
+}
+
+TEST(ProgressText, TellsTheTimeLeftOnceItIsKnown) {
+    using namespace std::chrono_literals;
+    EXPECT_EQ(progressText("cat.jpg", 0, 9s), "cat.jpg [------------------------] 0 %");
+    EXPECT_EQ(progressText("cat.jpg", 0.25f, 10s),
+              "cat.jpg [######------------------] 25 %, 30 s left");
+    EXPECT_EQ(progressText("cat.jpg", 0.5f, 100s),
+              "cat.jpg [############------------] 50 %, 2 min left");
+    EXPECT_EQ(progressText("cat.jpg", 1, 10s), "cat.jpg [########################] 100 %");
+}
+
+TEST(ProgressText, KeepsLongAndHostileNamesToALine) {
+    using namespace std::chrono_literals;
+    EXPECT_THAT(progressText("a\x1b[2Jb\n", 0, 0s), testing::StartsWith("a?[2Jb? ["));
+    const std::string wide(50, 'x');
+    EXPECT_THAT(progressText(wide, 0, 0s), testing::StartsWith(wide.substr(0, 24) + "… ["));
+    EXPECT_THAT(progressText("ääääääääääääääääääääääääää", 0, 0s),
+                testing::StartsWith("ääääääääääääääääääääääää… ["));
+}
+
+}  // namespace
+}  // namespace quillmere::cli
