@@ -17,9 +17,10 @@ int listStyles(const StylesOptions& options, const Localization& localization) {
             line["pictures"] = scale.has_value();
             std::printf("%s\n", line.dump().c_str());
         } else {
-            const std::string factor =
-                scale ? std::to_string(*scale) + " times" : std::string("videos only");
-            std::printf("%-13s %-13s %s\n", key.c_str(), name.c_str(), factor.c_str());
+            const std::string what = !scale        ? "for videos"
+                                     : *scale == 1 ? "the picture itself"
+                                                   : std::to_string(*scale) + " times as large";
+            std::printf("%-13s %-13s %s\n", key.c_str(), name.c_str(), what.c_str());
         }
     }
     return 0;

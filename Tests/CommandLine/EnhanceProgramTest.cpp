@@ -4,8 +4,12 @@
 #include <signal.h>
 #include <sys/stat.h>
 
+#include <algorithm>
+#include <cstdlib>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <set>
+#include <sstream>
 
 #include "Desktop/FileManager/DesktopFileManager.h"
 #include "Desktop/ImageIO/DesktopImageIO.h"
@@ -58,6 +62,24 @@ protected:
 
     TemporaryFolder folder;
 };
+
+/// One JSON object a line.
+std::vector<Json> objectsOf(const std::string& out) {
+    std::istringstream lines(out);
+    std::vector<Json> objects;
+    for (std::string line; std::getline(lines, line);) objects.push_back(Json::parse(line));
+    return objects;
+}
+
+/// In levels of 0 to 255, over all channels of two bitmaps of one size.
+double meanDifference(const CGImage& a, const CGImage& b) {
+    double sum = 0;
+    const int bytes = a.size().width * 4;
+    for (int y = 0; y < a.size().height; ++y) {
+        for (int i = 0; i < bytes; ++i) sum += std::abs(a.row(y)[i] - b.row(y)[i]);
+    }
+    return sum / bytes / a.size().height;
+}
 
 /// What a user is told of one input: a single line that names it.
 void expectOneLine(const std::string& err, const std::string& input, const std::string& says) {
@@ -139,6 +161,45 @@ TEST_F(EnhanceProgram, OddInputsGiveARightResultOrOneClearLine) {
     }
 }
 
+// Real files of every kind, all in one run; the turned ones must come out upright.
+TEST_F(EnhanceProgram, FilesOfEveryKindComeOutFourTimesAsLarge) {
+    const fs::path files = QUILLMERE_SOURCE_DIR "/Tests/Files/Pictures";
+    std::vector<std::string> arguments = {"--style", "speedAnime", "--format", "png",
+                                          "--json",  "-o",         "out"};
+    fs::create_directory(folder / "out");
+    std::map<std::string, Size> expected;
+    for (const std::string name :
+         {"rgb16.png", "cmyk-profile.jpg", "grey-alpha.png", "p3.jpg", "24.bmp", "noise.heic",
+          "noise.avif", "noise.jxl", "two-pages.tiff", "animated.webp", "animated.gif",
+          "orientation-1.jpg", "orientation-2.jpg", "orientation-3.jpg", "orientation-4.jpg",
+          "orientation-5.jpg", "orientation-6.jpg", "orientation-7.jpg", "orientation-8.jpg"}) {
+        // Results are named by the input's stem, so each needs one of its own.
+        std::string copy = name;
+        std::replace(copy.begin(), copy.end(), '.', '-');
+        copy += fs::path(name).extension();
+        fs::copy_file(files / name, folder / copy);
+        arguments.push_back(copy);
+        expected[copy] = read(files / name).size();
+    }
+    const auto result = enhance(arguments);
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    const auto objects = objectsOf(result.out);
+    ASSERT_EQ(objects.size(), expected.size());
+    const CGImage upright = *read(folder / "out/orientation-1-jpg_speedAnime.png").cgImage();
+    for (const Json& object : objects) {
+        SCOPED_TRACE(object["input"]);
+        const Size size = expected.at(object["input"]);
+        EXPECT_EQ(object["width"], size.width * 4);
+        EXPECT_EQ(object["height"], size.height * 4);
+        const std::string output = object["output"];
+        if (output.find("orientation") == std::string::npos) continue;
+        // The eight show one picture; JPEG turns its blocks with it, so a little may differ.
+        const CGImage turned = *read(folder / output).cgImage();
+        ASSERT_EQ(turned.size(), upright.size());
+        EXPECT_LT(meanDifference(turned, upright), 4);
+    }
+}
+
 TEST_F(EnhanceProgram, OneFailedInputDoesNotStopTheOthers) {
     writePicture("a.png", {2, 2});
     folder.write("b.png", "broken");
@@ -146,9 +207,7 @@ TEST_F(EnhanceProgram, OneFailedInputDoesNotStopTheOthers) {
     const auto result = enhance({"a.png", "b.png", "c.png", "--style", "original", "--json"});
     EXPECT_EQ(result.exitCode, 1);
     expectOneLine(result.err, "b.png", "not a picture");
-    std::istringstream lines(result.out);
-    std::vector<Json> objects;
-    for (std::string line; std::getline(lines, line);) objects.push_back(Json::parse(line));
+    const auto objects = objectsOf(result.out);
     ASSERT_EQ(objects.size(), 3u);
     EXPECT_EQ(objects[0]["ok"], true);
     EXPECT_EQ(objects[0]["width"], 2);
@@ -231,11 +290,8 @@ TEST(StylesProgram, ListsEveryStyleOnce) {
     EXPECT_THAT(plain.out, HasSubstr("rapidHQ"));
 
     const auto json = runProgram({"styles", "--json"}, "/");
-    std::istringstream lines(json.out);
     std::vector<std::string> styles;
-    for (std::string line; std::getline(lines, line);) {
-        styles.push_back(Json::parse(line)["style"]);
-    }
+    for (const Json& object : objectsOf(json.out)) styles.push_back(object["style"]);
     EXPECT_EQ(styles.size(), 10u);
     EXPECT_EQ(styles[1], "high");
 }

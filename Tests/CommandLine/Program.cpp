@@ -14,7 +14,7 @@ namespace {
 
 constexpr uid_t nobody = 65534;
 
-/// The two ends of what a program writes.
+/// The two ends of what a program writes; not open where there is none to be had.
 struct Channel {
     int reading = -1;
     int writing = -1;
@@ -25,10 +25,14 @@ Channel makeChannel(bool terminal) {
     if (terminal) {
         if (openpty(&channel.reading, &channel.writing, nullptr, nullptr, nullptr) != 0) {
             ADD_FAILURE() << "no terminal";
+            return {};
         }
     } else {
         std::array<int, 2> ends{};
-        if (pipe(ends.data()) != 0) ADD_FAILURE() << "no pipe";
+        if (pipe(ends.data()) != 0) {
+            ADD_FAILURE() << "no pipe";
+            return {};
+        }
         channel = {ends[0], ends[1]};
     }
     fcntl(channel.reading, F_SETFD, FD_CLOEXEC);
@@ -69,6 +73,7 @@ ProgramResult runProgram(const std::vector<std::string>& arguments,
                          const std::filesystem::path& folder, const ProgramOptions& options) {
     const Channel out = makeChannel(false);
     const Channel err = makeChannel(options.terminal);
+    if (out.reading < 0 || err.reading < 0) return {};
     const pid_t process = fork();
     if (process == 0) become(arguments, folder, options, out.writing, err.writing);
     close(out.writing);
