@@ -1,6 +1,5 @@
 #include "Desktop/ImageIO/PictureReader.h"
 
-#include <algorithm>
 #include <optional>
 #include <string>
 #include <utility>
@@ -12,6 +11,7 @@
 #include "Desktop/ImageIO/PictureFormat.h"
 #include "Desktop/ImageIO/QuietDecoders.h"
 #include "Desktop/ImageIO/StandardColour.h"
+#include "Desktop/ImageIO/VipsBitmap.h"
 #include "Desktop/ImageIO/VipsHandles.h"
 #include "Desktop/ImageIO/VipsLibrary.h"
 #include "Desktop/ImageIO/WebPPixels.h"
@@ -74,30 +74,14 @@ UIImageOrientation orientationOf(const VipsImage* image, PictureFormat format) {
     }
 }
 
-void takeStrip(const VipsRegion* region, const VipsRect& strip, BitmapBuffer& buffer) {
-    const int bands = region->im->Bands;
-    for (int y = strip.top; y < strip.top + strip.height; ++y) {
-        const std::uint8_t* source = VIPS_REGION_ADDR(region, strip.left, y);
+bool takePixels(VipsImage* image, BitmapBuffer& buffer) {
+    const int bands = image->Bands;
+    return pullRows(image, [&](int y, const std::uint8_t* source) {
         std::uint8_t* target = buffer.row(y);
-        for (int x = 0; x < strip.width; ++x, source += bands, target += 4) {
+        for (int x = 0; x < image->Xsize; ++x, source += bands, target += 4) {
             storePremultiplied(target, source, bands == 4 ? source[3] : 255);
         }
-    }
-}
-
-// Pulls the pixels on this thread. The library's own threads would convert colours faster, but
-// may take failure in the last strip for success, and half a picture would pass as whole (8.14:
-// the result is read before the last thread has ended).
-bool takePixels(VipsImage* image, BitmapBuffer& buffer) {
-    constexpr int rows = 32;
-    const VipsRegionRef region(vips_region_new(image));
-    if (!region) return false;
-    for (int top = 0; top < image->Ysize; top += rows) {
-        const VipsRect strip = {0, top, image->Xsize, std::min(rows, image->Ysize - top)};
-        if (vips_region_prepare(region.get(), &strip) != 0) return false;
-        takeStrip(region.get(), strip, buffer);
-    }
-    return true;
+    });
 }
 
 Error damaged(PictureFormat format) {

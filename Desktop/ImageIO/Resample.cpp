@@ -64,16 +64,6 @@ VipsImageRef enlarged(VipsImage* image, Size target, const Rect& visible) {
     });
 }
 
-// The kernels overshoot at edges, and a colour above its alpha would glow.
-int takeStripCutToAlpha(VipsRegion* region, VipsRect* strip, void* bitmap) {
-    for (int y = strip->top; y < strip->top + strip->height; ++y) {
-        const std::uint8_t* source = VIPS_REGION_ADDR(region, strip->left, y);
-        std::uint8_t* target = static_cast<BitmapBuffer*>(bitmap)->row(y) + 4 * strip->left;
-        for (int i = 0; i < 4 * strip->width; ++i) target[i] = std::min(source[i], source[i | 3]);
-    }
-    return 0;
-}
-
 // The visible part of the stretched picture, not computed yet.
 VipsImageRef stretched(VipsImage* source, Size target, const Rect& visible) {
     const VipsImageRef image = reduced(source, target);
@@ -89,7 +79,12 @@ std::optional<CGImage> resampled(const CGImage& bitmap, Size target, const Rect&
     const VipsImageRef source = vipsImageOf(bitmap);
     const VipsImageRef image = source ? stretched(source.get(), target, visible) : nullptr;
     auto buffer = image ? BitmapBuffer::create({image->Xsize, image->Ysize}) : std::nullopt;
-    if (!buffer || vips_sink_disc(image.get(), takeStripCutToAlpha, &*buffer) != 0) {
+    // The kernels overshoot at edges, and a colour above its alpha would glow.
+    const auto takeCutToAlpha = [&](int y, const std::uint8_t* row) {
+        std::uint8_t* cut = buffer->row(y);
+        for (int i = 0; i < 4 * image->Xsize; ++i) cut[i] = std::min(row[i], row[i | 3]);
+    };
+    if (!buffer || !pullRows(image.get(), takeCutToAlpha)) {
         forgetVipsErrors();
         return {};
     }

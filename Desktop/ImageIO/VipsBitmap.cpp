@@ -1,5 +1,10 @@
 #include "Desktop/ImageIO/VipsBitmap.h"
 
+#include <algorithm>
+#include <cstring>
+
+#include "Desktop/ImageIO/BitmapBuffer.h"
+
 namespace quillmere {
 namespace {
 
@@ -31,14 +36,29 @@ VipsImageRef vipsImageOf(const CGImage& bitmap) {
     return image;
 }
 
+bool pullRows(VipsImage* image, const std::function<void(int y, const std::uint8_t* row)>& take) {
+    constexpr int rows = 32;
+    const VipsRegionRef region(vips_region_new(image));
+    if (!region) return false;
+    for (int top = 0; top < image->Ysize; top += rows) {
+        const VipsRect strip = {0, top, image->Xsize, std::min(rows, image->Ysize - top)};
+        if (vips_region_prepare(region.get(), &strip) != 0) return false;
+        for (int y = top; y < top + strip.height; ++y) {
+            take(y, VIPS_REGION_ADDR(region.get(), 0, y));
+        }
+    }
+    return true;
+}
+
 std::optional<CGImage> bitmapOfVipsImage(VipsImage* image) {
-    const PixelSize size{image->Xsize, image->Ysize};
-    std::size_t bytes = 0;
-    void* memory = vips_image_write_to_memory(image, &bytes);
-    if (memory == nullptr) return {};
-    return CGImage(
-        size, bands * static_cast<std::size_t>(size.width),
-        std::shared_ptr<const std::uint8_t>(static_cast<std::uint8_t*>(memory), GFreeDeleter()));
+    auto buffer = BitmapBuffer::create({image->Xsize, image->Ysize});
+    if (!buffer) return {};
+    const std::size_t bytesPerRow = bands * static_cast<std::size_t>(image->Xsize);
+    const auto keep = [&](int y, const std::uint8_t* row) {
+        std::memcpy(buffer->row(y), row, bytesPerRow);
+    };
+    if (!pullRows(image, keep)) return {};
+    return (*std::move(buffer)).bitmap();
 }
 
 }  // namespace quillmere

@@ -98,7 +98,8 @@ public:
         if (!picture.cgImage() || pixels_.empty()) return;
         const Span across = wholePixels(rect.x, rect.width, scale_);
         const Span down = wholePixels(rect.y, rect.height, scale_);
-        if (!std::isfinite(across.length) || !std::isfinite(down.length)) return;
+        if (!std::isfinite(across.start + across.length)) return;
+        if (!std::isfinite(down.start + down.length)) return;
         const double right = std::min(width_, across.start + across.length);
         const double bottom = std::min(height_, down.start + down.length);
         for (double y = std::max(0.0, down.start); y < bottom; ++y) {
