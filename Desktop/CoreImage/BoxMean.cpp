@@ -34,6 +34,7 @@ void halfRow(std::uint8_t* result, std::size_t count, const std::uint8_t* upper,
 
 void boxMeanRow(std::uint8_t* result, std::size_t count, const std::uint8_t* rows,
                 std::size_t bytesPerRow, std::size_t n) {
+    const std::uint64_t area = std::uint64_t{n} * n;
     if (n == 2) return halfRow(result, count, rows, rows + bytesPerRow);
     for (std::size_t i = 0; i < count; ++i) {
         std::uint64_t sums[4] = {};
@@ -44,7 +45,7 @@ void boxMeanRow(std::uint8_t* result, std::size_t count, const std::uint8_t* row
             }
         }
         for (std::size_t c = 0; c < 4; ++c) {
-            result[4 * i + c] = static_cast<std::uint8_t>((2 * sums[c] + n * n) / (2 * n * n));
+            result[4 * i + c] = static_cast<std::uint8_t>((2 * sums[c] + area) / (2 * area));
         }
     }
 }

@@ -20,7 +20,7 @@ public:
     explicit BandContext(WorkerPool& pool) : pool_(pool) {}
 
     std::optional<CGImage> createCGImage(const CIImage& image, const Rect& rect) override {
-        constexpr double mostPixels = 1ll << 60;
+        constexpr double mostPixels = 1e18;  // four bytes each still fit a size
         constexpr int longestSide = std::numeric_limits<int>::max();
         if (rect.isEmpty() || rect.width > longestSide || rect.height > longestSide ||
             rect.width * rect.height > mostPixels) {

@@ -122,7 +122,8 @@ private:
 
     bool store(int index) {
         if (column_ >= header_.size.width || row_ >= header_.size.height) return false;
-        std::uint8_t* target = buffer_.row(visibleRow(header_, row_)) + 4 * column_++;
+        std::uint8_t* target =
+            buffer_.row(visibleRow(header_, row_)) + std::ptrdiff_t{4} * column_++;
         return storeIndexed(header_, static_cast<std::size_t>(index), target);
     }
 

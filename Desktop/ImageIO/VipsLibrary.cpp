@@ -1,6 +1,8 @@
 #include "Desktop/ImageIO/VipsLibrary.h"
 
 #include <vips/vips.h>
+// Needs the one above.
+#include <vips/vector.h>
 
 namespace quillmere {
 namespace {
@@ -15,6 +17,9 @@ bool startOnce() {
                       dropMessage, nullptr);
     if (vips_init("quillmere") != 0) return false;
     vips_cache_set_max(0);
+    // The vector path reduces in fixed point of few bits: fine patterns come back as faint rings
+    // (5 of 255 levels), which an enlarger would sharpen. Without it that is 1 level.
+    vips_vector_set_enabled(FALSE);
     return true;
 }
 
