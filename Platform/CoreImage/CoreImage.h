@@ -29,7 +29,8 @@ public:
 
     /// Moves by whole pixels, or scales by 1/n with n a whole number. A pixel scaled by 1/n is the
     /// mean of the n by n pixels under it, rounded, halves up, on a grid that starts at the
-    /// origin; the extent's sides must be multiples of n. Other transforms are a broken invariant.
+    /// origin; the extent's four edges must be multiples of n. Other transforms, and rectangles
+    /// between pixels, are a broken invariant.
     virtual CIImageRef imageByApplyingTransform(const AffineTransform& transform) const = 0;
 
     /// This image over `background`, source over.

@@ -16,8 +16,9 @@ public:
 
     /// Draws the upright picture into `rect` (points, origin at the top left), source over,
     /// clipped to the canvas. At its own size on whole pixels it is copied exactly; enlarging is
-    /// smooth and reducing is antialiased. A side of `rect` under one pixel counts as one, so
-    /// that a line never vanishes.
+    /// smooth and reducing is antialiased. Edges of `rect` between pixels are rounded to the
+    /// nearest, halves up; a side under one pixel counts as one, so that a line never vanishes.
+    /// A rectangle that is not finite draws nothing.
     virtual void drawInRect(const UIImage& picture, const Rect& rect) = 0;
 
     /// What has been drawn so far, with the canvas's scale; nothing if memory ran out.
@@ -30,7 +31,8 @@ public:
     virtual ~Graphics() = default;
 
     /// Opens a canvas of `size` points at `scale` pixels a point, transparent unless `opaque`
-    /// (then black). A side that would have no pixel gets one. Never null.
+    /// (then black). Sides are rounded to whole pixels; one that would have none gets one. Never
+    /// null.
     virtual std::unique_ptr<GraphicsContext> beginImageContextWithOptions(Size size, bool opaque,
                                                                           double scale) = 0;
 
