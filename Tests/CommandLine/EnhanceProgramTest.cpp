@@ -33,9 +33,13 @@ TEST_F(EnhanceProgram, WritesWhatTheNameOrTheFormatAsksFor) {
         file.read(start.data(), 12);
         return start;
     };
-    EXPECT_EQ(enhance({"p.png", "--style", "original", "-o", "a.png"}).exitCode, 0);
-    EXPECT_EQ(enhance({"p.png", "--style", "original", "-o", "b"}).exitCode, 0);
-    EXPECT_EQ(enhance({"p.png", "--style", "original", "--format", "heic"}).exitCode, 0);
+    using Arguments = std::vector<std::string>;
+    for (const Arguments& asked : {Arguments{"-o", "a.png"}, {"-o", "b"}, {"--format", "heic"}}) {
+        Arguments arguments = {"p.png", "--style", "original"};
+        arguments.insert(arguments.end(), asked.begin(), asked.end());
+        const auto result = enhance(arguments);
+        EXPECT_EQ(result.exitCode, 0) << result.err;
+    }
     EXPECT_THAT(startOf("a.png"), testing::StartsWith(pngMagic));
     EXPECT_THAT(startOf("b"), testing::StartsWith(jpegMagic));
     EXPECT_THAT(startOf("p_original.heic"), HasSubstr("ftyp"));
