@@ -117,6 +117,8 @@ struct Library {
 const Library libraries[] = {
     {"vips/", {"Desktop/ImageIO/"}},
     {"libheif/", {"Desktop/ImageIO/"}},
+    {"jpeglib.h", {"Desktop/ImageIO/"}},
+    {"webp/", {"Desktop/ImageIO/"}},
     {"hwy/", {"Neural/"}},
     {"CLI/", {"CommandLine/", "Neural/Compile/"}},
     {"nlohmann/", {"Neural/", "Desktop/Localization/", "CommandLine/"}},
