@@ -5,11 +5,8 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cstdlib>
-#include <map>
 #include <nlohmann/json.hpp>
 #include <set>
-#include <sstream>
 
 #include "Tests/CommandLine/EnhanceProgram.h"
 
@@ -17,9 +14,6 @@ namespace quillmere {
 namespace {
 
 using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::MatchesRegex;
-using testing::Not;
 using Json = nlohmann::json;
 using Names = std::set<std::string>;
 namespace fs = std::filesystem;

@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <map>
-#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -11,12 +10,11 @@
 
 namespace quillmere {
 
-/// Files in memory; a folder exists once it stands in `folders`. A write can be told to fail.
+/// Files in memory; a folder exists once it stands in `folders`.
 class FakeFileManager final : public FileManager {
 public:
     std::map<std::filesystem::path, std::vector<std::byte>> files;
     std::set<std::filesystem::path> folders;
-    std::optional<Error> writeError;
 
     Result<std::vector<std::byte>> contentsOfFile(const std::filesystem::path& path) override {
         if (folders.contains(path)) return failure(EISDIR, path);
@@ -32,7 +30,6 @@ public:
         if (existing == WriteExisting::refuse && files.contains(path)) {
             return failure(EEXIST, path);
         }
-        if (writeError) return *writeError;
         files[path].assign(contents.begin(), contents.end());
         return {};
     }

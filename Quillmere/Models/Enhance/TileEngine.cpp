@@ -121,8 +121,9 @@ std::optional<UIImage> TileEngine::finish(Run& run, EnhanceStyle style, const Ti
         run.fail(failedToConvertMessage(4));
         return std::nullopt;
     }
-    const int scale = style == EnhanceStyle::high ? 2 : TilePlan::modelScale;
-    const auto result = ports_.graphics.imageInRect(*rendered, plan.resultCut(scale));
+    const auto scale = outputScale(style);
+    if (!scale) invariantBroken();  // a style without a scale has no network either
+    const auto result = ports_.graphics.imageInRect(*rendered, plan.resultCut(*scale));
     if (!result) invariantBroken();
     return UIImage(*result);
 }

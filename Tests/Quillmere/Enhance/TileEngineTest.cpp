@@ -1,7 +1,6 @@
 // What a run of the engine does when nothing fails.
 #include <gmock/gmock.h>
 
-#include <cstdlib>
 #include <thread>
 
 #include "Tests/Quillmere/Enhance/EngineFixture.h"
