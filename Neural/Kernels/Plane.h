@@ -14,11 +14,14 @@ inline constexpr int kLanes = 8;
 /// Pixels that kernels may read, and never use, behind a row's right border or the last row.
 inline constexpr int kOverread = 16;
 
+/// Kernels work on squares of this side, and on rows from a multiple of it.
+inline constexpr int kTileSide = 4;
+
 /// How a plane lies in memory; the same for all planes of one size in one network.
 ///
-/// A pixel is `kLanes` floats; a row is its pixels with `halo` zero pixels on each side; there are
-/// `halo` rows of zeros above and below. Kernels write pixels inside only, so that a border once
-/// zero stays so.
+/// A pixel is `kLanes` floats. Around the pixels lies a border of zeros: `halo` above and to the
+/// left; below and to the right `halo` more than what fills the last squares of `kTileSide`.
+/// Kernels write pixels inside only, so that a border once zero stays so.
 struct PlaneGeometry {
     PixelSize size;
     int halo = 0;
@@ -27,12 +30,16 @@ struct PlaneGeometry {
 
     static PlaneGeometry of(PixelSize size, int halo) {
         const std::size_t border = 2 * static_cast<std::size_t>(halo);
-        std::size_t pixels = static_cast<std::size_t>(size.width) + border;
+        std::size_t pixels = wholeTiles(size.width) + border;
         // Rows that lie a multiple of 2 KiB apart compete for the same few cache lines.
         if (pixels * kLanes * sizeof(float) % 2048 == 0) ++pixels;
         const std::size_t pitch = pixels * kLanes;
-        const std::size_t rows = static_cast<std::size_t>(size.height) + border;
+        const std::size_t rows = wholeTiles(size.height) + border;
         return {size, halo, pitch, rows * pitch + kOverread * std::size_t{kLanes}};
+    }
+
+    static std::size_t wholeTiles(int side) {
+        return static_cast<std::size_t>(side + kTileSide - 1) / kTileSide * kTileSide;
     }
 
     /// From a plane's start to its pixel (0, 0).

@@ -48,6 +48,7 @@ public:
           size_(size),
           pool_(pool),
           arena_(plan.slotScales.size()),
+          scratch_(pool.threadCount()),
           graph_(graph) {}
 
     PlaneList planesOf(ValueId value) {
@@ -70,7 +71,10 @@ public:
     }
 
     void operator()(const Convolution& op) {
-        convolve(weights_.of(current_), planesOf(op.input), output(), pool_);
+        const int rows = planesOf(op.input).geometry.size.height;
+        const ConvolutionCall call{
+            weights_.of(current_), planesOf(op.input), output(), {}, 1, {0, rows}};
+        convolve(call, scratch_, pool_);
     }
     void operator()(const Concatenation&) {}
     void operator()(const WeightedSum& op) {
@@ -94,6 +98,7 @@ private:
     const PixelSize size_;
     WorkerPool& pool_;
     PlaneArena arena_;
+    KernelScratch scratch_;
     const Graph& graph_;
     std::size_t current_ = 0;
 };

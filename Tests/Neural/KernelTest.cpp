@@ -34,6 +34,8 @@ const std::vector<Case> kCases{
     {"OneChannelToOne", 1, [](RandomGraph& g) { g.convolve("out", "in", 1, 3); }},
     {"ChannelsThatFillNoPlane", 13, [](RandomGraph& g) { g.convolve("out", "in", 19, 3); }},
     {"OutputsOfThreePlanes", 3, [](RandomGraph& g) { g.convolve("out", "in", 24, 3); }},
+    {"Winograd", 16, [](RandomGraph& g) { g.convolve("out", "in", 32, 3); }},
+    {"WinogradOfOddPlanesToOddGroups", 20, [](RandomGraph& g) { g.convolve("out", "in", 52, 3); }},
     {"Relu", 4,
      [](RandomGraph& g) {
          g.convolve("conv", "in", 9, 3);

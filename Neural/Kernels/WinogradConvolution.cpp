@@ -1,0 +1,315 @@
+#include "Neural/Kernels/WinogradConvolution.h"
+
+#include <algorithm>
+
+#include "Neural/Kernels/ConvolutionOutput.h"
+#include "Neural/Kernels/WinogradLayout.h"
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "Neural/Kernels/WinogradConvolution.cpp"
+#include <hwy/foreach_target.h>
+// Above must come first: it compiles what follows once for each target.
+#include <hwy/highway.h>
+
+#include "Neural/Kernels/PlanePair-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace quillmere::neural::HWY_NAMESPACE {
+namespace {
+
+// The matrix kernel's block of sums, kMatrixTiles by kMatrixVectors vectors, leaves registers for
+// the weights and one broadcast: of 16 registers, or of 32 with AVX-512 and NEON.
+constexpr int kMatrixVectors = HWY_ARCH_ARM ? 4 : 2;
+constexpr int kMatrixTiles = HWY_ARCH_X86 && HWY_TARGET <= HWY_AVX3 ? 12 : 6;
+constexpr int kMatrixOutputs = kMatrixVectors * kVectorLanes;
+
+constexpr float kRoot2 = 1.41421356237309505f;
+
+// The values at the six points of the polynomial whose coefficients are six neighbours, by the
+// transposed interpolation. See kWinogradFinitePoints.
+HWY_INLINE void transformSix(const V* in, V* out) {
+    const D d;
+    const V fiveHalves = hn::Set(d, 2.5f);
+    const V even1 = hn::NegMulAdd(hn::Set(d, 2.0f), in[2], in[4]);
+    const V even2 = hn::NegMulAdd(hn::Set(d, 0.5f), in[2], in[4]);
+    const V odd1 = hn::NegMulAdd(hn::Set(d, kRoot2), in[1], hn::Mul(hn::Set(d, kRoot2 / 2), in[3]));
+    const V odd2 = hn::NegMulAdd(hn::Set(d, kRoot2 / 2), in[1], hn::Mul(hn::Set(d, kRoot2), in[3]));
+    out[0] = hn::NegMulAdd(fiveHalves, in[2], hn::Add(in[0], in[4]));
+    out[1] = hn::Add(even1, odd1);
+    out[2] = hn::Sub(even1, odd1);
+    out[3] = hn::Add(even2, odd2);
+    out[4] = hn::Sub(even2, odd2);
+    out[5] = hn::NegMulAdd(fiveHalves, in[3], hn::Add(in[1], in[5]));
+}
+
+// From six products to four neighbouring outputs.
+HWY_INLINE void transformBack(const V* in, V* out) {
+    const D d;
+    const V sum1 = hn::Add(in[1], in[2]), difference1 = hn::Sub(in[1], in[2]);
+    const V sum2 = hn::Add(in[3], in[4]), difference2 = hn::Sub(in[3], in[4]);
+    out[0] = hn::Add(hn::Add(in[0], sum1), sum2);
+    out[1] =
+        hn::MulAdd(hn::Set(d, kRoot2), difference2, hn::Mul(hn::Set(d, kRoot2 / 2), difference1));
+    out[2] = hn::MulAdd(hn::Set(d, 2.0f), sum2, hn::Mul(hn::Set(d, 0.5f), sum1));
+    out[3] = hn::MulAdd(hn::Set(d, 2 * kRoot2), difference2,
+                        hn::MulAdd(hn::Set(d, kRoot2 / 4), difference1, in[5]));
+}
+
+// The transformed input of tiles [first, first + count).
+void transformInput(const ConvolutionCall& call, const WinogradLayout& layout, std::size_t first,
+                    std::size_t count, float* HWY_RESTRICT transformed) {
+    const D d;
+    const auto pitch = static_cast<std::ptrdiff_t>(call.input.geometry.pitch);
+    const std::vector<Plane>& planes = call.input.planes;
+    for (std::size_t group = 0; group < layout.inputGroups; ++group) {
+        PlanePair pair{{planes[2 * group].pixels, planes[2 * group].pixels}};
+        // The weights of a plane that isn't there are 0.
+        if (2 * group + 1 < planes.size()) pair.planes[1] = planes[2 * group + 1].pixels;
+        float* to = transformed + group * layout.tilesInBlock * kGroupOutputs;
+        for (std::size_t tile = first; tile < first + count; ++tile, to += kGroupOutputs) {
+            const std::ptrdiff_t y =
+                call.rows.first + tile / layout.tilesWide * kWinogradTile - std::ptrdiff_t{1};
+            const std::ptrdiff_t x = tile % layout.tilesWide * kWinogradTile - std::ptrdiff_t{1};
+            const std::ptrdiff_t corner = y * pitch + x * kLanes;
+            QUILLMERE_UNROLL
+            for (int v = 0; v < kVectorsPerGroup; ++v) {
+                V columns[kWinogradPoints][kWinogradPoints];
+                QUILLMERE_UNROLL
+                for (int i = 0; i < kWinogradPoints; ++i) {
+                    V in[kWinogradPoints], out[kWinogradPoints];
+                    QUILLMERE_UNROLL
+                    for (int j = 0; j < kWinogradPoints; ++j) {
+                        in[j] = loadPair(pair, v, corner + j * pitch + i * kLanes);
+                    }
+                    transformSix(in, out);
+                    QUILLMERE_UNROLL
+                    for (int j = 0; j < kWinogradPoints; ++j) columns[j][i] = out[j];
+                }
+                QUILLMERE_UNROLL
+                for (int j = 0; j < kWinogradPoints; ++j) {
+                    V out[kWinogradPoints];
+                    transformSix(columns[j], out);
+                    QUILLMERE_UNROLL
+                    for (int i = 0; i < kWinogradPoints; ++i) {
+                        hn::Store(out[i], d,
+                                  to + (j * kWinogradPoints + i) * layout.inputSpotFloats +
+                                      v * kVectorLanes);
+                    }
+                }
+            }
+        }
+    }
+}
+
+// kMatrixTiles rows of [input group][tile][16] times [input lane][blockOutputs], of which
+// kVectors are computed.
+template <int kVectors>
+HWY_NOINLINE void multiply(const float* HWY_RESTRICT tiles, const WinogradLayout& layout,
+                           const float* HWY_RESTRICT weights, std::size_t blockOutputs,
+                           float* HWY_RESTRICT products) {
+    const D d;
+    const std::size_t groupFloats = layout.tilesInBlock * kGroupOutputs;
+    V sums[kMatrixTiles][kVectors];
+    QUILLMERE_UNROLL
+    for (int i = 0; i < kMatrixTiles; ++i) {
+        QUILLMERE_UNROLL
+        for (int v = 0; v < kVectors; ++v) sums[i][v] = hn::Zero(d);
+    }
+    for (std::size_t group = 0; group < layout.inputGroups; ++group) {
+        QUILLMERE_UNROLL
+        for (int lane = 0; lane < kGroupOutputs; ++lane) {
+            V w[kVectors];
+            QUILLMERE_UNROLL
+            for (int v = 0; v < kVectors; ++v) {
+                w[v] = keepInRegister(hn::Load(d, weights + v * kVectorLanes));
+            }
+            QUILLMERE_UNROLL
+            for (int i = 0; i < kMatrixTiles; ++i) {
+                const V value = hn::Set(d, tiles[i * kGroupOutputs + lane]);
+                QUILLMERE_UNROLL
+                for (int v = 0; v < kVectors; ++v) {
+                    sums[i][v] = hn::MulAdd(value, w[v], sums[i][v]);
+                }
+            }
+            weights += blockOutputs;
+        }
+        tiles += groupFloats;
+    }
+    QUILLMERE_UNROLL
+    for (int i = 0; i < kMatrixTiles; ++i) {
+        QUILLMERE_UNROLL
+        for (int v = 0; v < kVectors; ++v) {
+            const int output = v * kVectorLanes;
+            hn::Store(sums[i][v], d,
+                      products + output / kGroupOutputs * groupFloats + i * kGroupOutputs +
+                          output % kGroupOutputs);
+        }
+    }
+}
+
+// All products of one spot.
+void multiplySpot(const float* transformed, const WinogradLayout& layout, std::size_t count,
+                  const float* weights, std::size_t blockOutputs, float* products) {
+    for (std::size_t tile = 0; tile < count; tile += kMatrixTiles) {
+        const float* tiles = transformed + tile * kGroupOutputs;
+        float* to = products + tile * kGroupOutputs;
+        std::size_t output = 0;
+        for (; output + kMatrixOutputs <= blockOutputs; output += kMatrixOutputs) {
+            const std::size_t group = output / kGroupOutputs;
+            multiply<kMatrixVectors>(
+                tiles, layout, weights + output, blockOutputs,
+                to + group * layout.tilesInBlock * kGroupOutputs + output % kGroupOutputs);
+        }
+        if (output < blockOutputs) {
+            multiply<1>(tiles, layout, weights + output, blockOutputs, to);
+        }
+    }
+}
+
+// From the products of a group to its outputs.
+void transformOutput(const ConvolutionCall& call, const ConvolutionOutput& output,
+                     const OutputGroup& group, const WinogradLayout& layout, std::size_t first,
+                     std::size_t count, const float* HWY_RESTRICT products) {
+    const D d;
+    for (std::size_t n = 0; n < count; ++n, products += kGroupOutputs) {
+        const std::size_t tile = first + n;
+        const std::ptrdiff_t y = call.rows.first + tile / layout.tilesWide * kWinogradTile;
+        const std::ptrdiff_t x = tile % layout.tilesWide * kWinogradTile;
+        const std::ptrdiff_t corner = y * output.rowStride + x * output.pixelStride;
+        const std::ptrdiff_t rows = std::min<std::ptrdiff_t>(kWinogradTile, call.rows.end - y);
+        const std::ptrdiff_t columns =
+            std::min<std::ptrdiff_t>(kWinogradTile, call.input.geometry.size.width - x);
+        QUILLMERE_UNROLL
+        for (int v = 0; v < kVectorsPerGroup; ++v) {
+            const V bias = hn::Load(d, group.bias + v * kVectorLanes);
+            const V slope = hn::Load(d, group.slopes + v * kVectorLanes);
+            V half[kWinogradTile][kWinogradPoints];
+            QUILLMERE_UNROLL
+            for (int i = 0; i < kWinogradPoints; ++i) {
+                V in[kWinogradPoints], out[kWinogradTile];
+                QUILLMERE_UNROLL
+                for (int j = 0; j < kWinogradPoints; ++j) {
+                    in[j] = hn::Load(d, products +
+                                            (j * kWinogradPoints + i) * layout.productSpotFloats +
+                                            v * kVectorLanes);
+                }
+                transformBack(in, out);
+                QUILLMERE_UNROLL
+                for (int j = 0; j < kWinogradTile; ++j) half[j][i] = out[j];
+            }
+            QUILLMERE_UNROLL
+            for (int j = 0; j < kWinogradTile; ++j) {
+                if (j >= rows) break;
+                V out[kWinogradTile];
+                transformBack(half[j], out);
+                QUILLMERE_UNROLL
+                for (int i = 0; i < kWinogradTile; ++i) {
+                    if (i >= columns) break;
+                    finish(hn::Add(out[i], bias), slope, group, v,
+                           corner + j * output.rowStride + i * output.pixelStride);
+                }
+            }
+        }
+    }
+}
+
+void WinogradBlock(const ConvolutionCall& call, const ConvolutionOutput& output,
+                   const WinogradLayout& layout, std::size_t block, float* scratch) {
+    const std::size_t first = block * layout.tilesInBlock;
+    const std::size_t count = std::min(layout.tilesInBlock, layout.tiles - first);
+    float* transformed = scratch;
+    float* products = scratch + kWinogradSpots * layout.inputSpotFloats;
+    transformInput(call, layout, first, count, transformed);
+
+    const float* weights = call.weights.weights.data();
+    for (std::size_t n = 0; n < call.weights.liveSpots.size(); ++n) {
+        const std::size_t groups = std::min<std::size_t>(2, output.groups.size() - 2 * n);
+        const std::size_t blockOutputs = groups * kGroupOutputs;
+        for (int spot = 0; spot < kWinogradSpots; ++spot) {
+            float* to = products + spot * layout.productSpotFloats;
+            if ((call.weights.liveSpots[n] >> spot & 1) != 0) {
+                multiplySpot(transformed + spot * layout.inputSpotFloats, layout, count, weights,
+                             blockOutputs, to);
+            } else {
+                std::fill_n(to, groups * layout.tilesInBlock * kGroupOutputs, 0.0f);
+            }
+            weights += layout.inputGroups * kGroupOutputs * blockOutputs;
+        }
+        for (std::size_t group = 0; group < groups; ++group) {
+            transformOutput(call, output, output.groups[2 * n + group], layout, first, count,
+                            products + group * layout.tilesInBlock * kGroupOutputs);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace quillmere::neural::HWY_NAMESPACE
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace quillmere::neural {
+
+HWY_EXPORT(WinogradBlock);
+
+namespace {
+
+// A multiple of every target's kMatrixTiles. Large enough to use a block of weights often once it
+// is in the first cache, small enough for a block of 192 channels to stay in the second.
+constexpr std::size_t kTilesInBlock = 24;
+
+}  // namespace
+
+WinogradLayout WinogradLayout::of(const ConvolutionCall& call) {
+    WinogradLayout layout;
+    const auto tiles = [](int side) {
+        return static_cast<std::size_t>(side + kWinogradTile - 1) / kWinogradTile;
+    };
+    layout.tilesWide = tiles(call.input.geometry.size.width);
+    layout.tiles = layout.tilesWide * tiles(call.rows.end - call.rows.first);
+    layout.tilesInBlock = kTilesInBlock;
+    layout.inputGroups = groupsOf(call.input.planes.size());
+    layout.inputSpotFloats =
+        layout.inputGroups * layout.tilesInBlock * kGroupOutputs + kCacheLineFloats;
+    layout.productSpotFloats = layout.tilesInBlock * kBlockOutputs + kCacheLineFloats;
+    return layout;
+}
+
+void arrangeWinograd(std::span<const float> weights, ConvolutionWeights& to) {
+    constexpr std::size_t kTaps = 9;
+    const std::size_t outputs = to.outputs;
+    const std::size_t inputs = weights.size() / outputs / kTaps;
+    const std::size_t lanes = groupsOf(to.inputChannels.size()) * kGroupOutputs;
+    const std::size_t paddedOutputs = to.bias.size();
+    to.weights.assign(kWinogradSpots * lanes * paddedOutputs, 0.0f);
+    to.liveSpots.assign((paddedOutputs + kBlockOutputs - 1) / kBlockOutputs, 0);
+    for (std::size_t out = 0; out < outputs; ++out) {
+        const std::size_t block = out / kBlockOutputs;
+        const std::size_t begin = block * kBlockOutputs;
+        const std::size_t blockOutputs = std::min(kBlockOutputs, paddedOutputs - begin);
+        float* blockWeights = to.weights.data() + kWinogradSpots * lanes * begin;
+        std::size_t in = 0;
+        for (std::size_t plane = 0; plane < to.inputChannels.size(); ++plane) {
+            for (int channel = 0; channel < to.inputChannels[plane]; ++channel, ++in) {
+                const auto spots = transformKernel(weights.data() + (out * inputs + in) * kTaps);
+                const std::size_t lane = plane * kLanes + channel;
+                for (std::size_t spot = 0; spot < kWinogradSpots; ++spot) {
+                    blockWeights[(spot * lanes + lane) * blockOutputs + out - begin] =
+                        static_cast<float>(spots[spot]);
+                    if (spots[spot] != 0) to.liveSpots[block] |= std::uint64_t{1} << spot;
+                }
+            }
+        }
+    }
+}
+
+void convolveWinograd(const ConvolutionCall& call, KernelScratch& scratch, WorkerPool& pool) {
+    const WinogradLayout layout = WinogradLayout::of(call);
+    const ConvolutionOutput output = ConvolutionOutput::of(call);
+    scratch.reserve(layout.scratchFloats());
+    pool.parallelFor(layout.blocks(), [&](std::size_t block, std::size_t worker) {
+        HWY_DYNAMIC_DISPATCH(WinogradBlock)(call, output, layout, block, scratch.of(worker));
+    });
+}
+
+}  // namespace quillmere::neural
+#endif
