@@ -1,22 +1,21 @@
 #include "Neural/Kernels/ConvolutionOutput.h"
 
+#include <algorithm>
+
 namespace quillmere::neural {
 namespace {
 
 // The planes of outputs 16 * group and up. With a shuffle, the planes of each phase follow those
 // of the phase before.
 PlanePair pairOf(const PlaneList& list, std::size_t group, std::size_t planes, int shuffle) {
-    PlanePair pair;
     const std::size_t perPhase = list.planes.size();
-    for (std::size_t half = 0; half < 2; ++half) {
-        const std::size_t index = 2 * group + half;
-        if (index >= planes) break;
+    const auto plane = [&](std::size_t index) {
         const std::size_t phase = index / perPhase;
         const std::size_t dx = phase % shuffle, dy = phase / shuffle;
-        pair.planes[half] =
-            list.planes[index % perPhase].pixels + dy * list.geometry.pitch + dx * kLanes;
-    }
-    return pair;
+        return list.planes[index % perPhase].pixels + dy * list.geometry.pitch + dx * kLanes;
+    };
+    const std::size_t first = 2 * group;
+    return {plane(first), plane(std::min(first + 1, planes - 1))};
 }
 
 }  // namespace

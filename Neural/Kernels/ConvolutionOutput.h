@@ -8,9 +8,11 @@
 
 namespace quillmere::neural {
 
-/// Two planes by their pixel (0, 0); the second is null where there is none.
+/// Two planes by their pixel (0, 0). Where there is no second plane it is the first again: kernels
+/// write the second plane's values before the first's, and so need not ask.
 struct PlanePair {
-    float* planes[2] = {nullptr, nullptr};
+    float* first = nullptr;
+    float* second = nullptr;
 };
 
 /// The places of `kGroupOutputs` outputs.

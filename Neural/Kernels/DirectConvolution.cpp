@@ -38,7 +38,7 @@ HWY_NOINLINE void convolveRow(const ConvolutionCall& call, const OutputGroup& gr
         for (int i = 0; i < kDirectPixels; ++i) {
             QUILLMERE_UNROLL
             for (int v = 0; v < kVectorsPerGroup; ++v) {
-                sums[i][v] = hn::Load(d, group.bias + v * kVectorLanes);
+                sums[i][v] = hn::Zero(d);
             }
         }
         const float* HWY_RESTRICT weights = groupWeights;
@@ -69,12 +69,12 @@ HWY_NOINLINE void convolveRow(const ConvolutionCall& call, const OutputGroup& gr
         }
         const int valid = std::min(kDirectPixels, geometry.size.width - x);
         QUILLMERE_UNROLL
-        for (int i = 0; i < kDirectPixels; ++i) {
-            if (i >= valid) break;
+        for (int v = kVectorsPerGroup - 1; v >= 0; --v) {
+            const Finish finish(group, v);
             QUILLMERE_UNROLL
-            for (int v = 0; v < kVectorsPerGroup; ++v) {
-                const V slope = hn::Load(d, group.slopes + v * kVectorLanes);
-                finish(sums[i][v], slope, group, v, y * rowStride + (x + i) * pixelStride);
+            for (int i = 0; i < kDirectPixels; ++i) {
+                if (i >= valid) break;
+                finish(sums[i][v], y * rowStride + (x + i) * pixelStride);
             }
         }
     }

@@ -92,14 +92,12 @@ HWY_NOINLINE void narrowRow(const ConvolutionCall& call, const ConvolutionOutput
             }
         }
         const int valid = std::min(kPixels, geometry.size.width - x);
-        for (int i = 0; i < valid; ++i) {
-            const std::ptrdiff_t offset = y * output.rowStride + (x + i) * output.pixelStride;
-            QUILLMERE_UNROLL
-            for (int v = 0; v < kVectorsPerGroup; ++v) {
-                const int lane = v * kVectorLanes;
-                const V sum =
-                    hn::Add(hn::Load(d, totals[i] + lane), hn::Load(d, group.bias + lane));
-                finish(sum, hn::Load(d, group.slopes + lane), group, v, offset);
+        QUILLMERE_UNROLL
+        for (int v = kVectorsPerGroup - 1; v >= 0; --v) {
+            const Finish finish(group, v);
+            for (int i = 0; i < valid; ++i) {
+                finish(hn::Load(d, totals[i] + v * kVectorLanes),
+                       y * output.rowStride + (x + i) * output.pixelStride);
             }
         }
     }

@@ -31,51 +31,68 @@ HWY_INLINE V keepInRegister(V value) {
     return value;
 }
 
-// Channels kVectorLanes * vector and up of the pixel `offset` floats from (0, 0). Both planes of
-// the pair must be there.
+// Channels kVectorLanes * vector and up of the pixel `offset` floats from (0, 0).
 HWY_INLINE V loadPair(const PlanePair& pair, int vector, std::ptrdiff_t offset) {
     const D d;
 #if HWY_MAX_BYTES >= 64
     (void)vector;
     const hn::Half<D> half;
-    return hn::Combine(d, hn::LoadU(half, pair.planes[1] + offset),
-                       hn::LoadU(half, pair.planes[0] + offset));
+    return hn::Combine(d, hn::LoadU(half, pair.second + offset),
+                       hn::LoadU(half, pair.first + offset));
 #else
     const int lane = vector * kVectorLanes;
-    return hn::LoadU(d, pair.planes[lane / kLanes] + offset + lane % kLanes);
+    const float* plane = lane < kLanes ? pair.first : pair.second;
+    return hn::LoadU(d, plane + offset + lane % kLanes);
 #endif
 }
 
-// The second plane may be missing.
+// A group's vectors must be stored in descending order: see PlanePair.
 HWY_INLINE void storePair(V value, const PlanePair& pair, int vector, std::ptrdiff_t offset) {
 #if HWY_MAX_BYTES >= 64
     (void)vector;
     const hn::Half<D> half;
-    hn::StoreU(hn::LowerHalf(half, value), half, pair.planes[0] + offset);
-    if (pair.planes[1] != nullptr) {
-        hn::StoreU(hn::UpperHalf(half, value), half, pair.planes[1] + offset);
-    }
+    hn::StoreU(hn::UpperHalf(half, value), half, pair.second + offset);
+    hn::StoreU(hn::LowerHalf(half, value), half, pair.first + offset);
 #else
     const int lane = vector * kVectorLanes;
-    float* plane = pair.planes[lane / kLanes];
-    if (plane != nullptr) hn::StoreU(value, D(), plane + offset + lane % kLanes);
+    float* plane = lane < kLanes ? pair.first : pair.second;
+    hn::StoreU(value, D(), plane + offset + lane % kLanes);
 #endif
 }
 
-// What is left to do once the products are summed: activation, addends, and the store.
-HWY_INLINE void finish(V sum, V slope, const OutputGroup& group, int vector,
-                       std::ptrdiff_t offset) {
-    const D d;
-    const V zero = hn::Zero(d);
-    V result = hn::MulAdd(slope, hn::Min(sum, zero), hn::Max(sum, zero));
-    for (const OutputGroup::Added& added : group.addends) {
-        // A missing second plane is never stored, so that anything may be added to it.
-        PlanePair from = added.from;
-        if (from.planes[1] == nullptr) from.planes[1] = from.planes[0];
-        result = hn::MulAdd(loadPair(from, vector, offset), hn::Set(d, added.factor), result);
+// What is left to do once the products are summed: activation, addends, and the store. A copy of
+// a group's pointers, which stores to its planes can't be thought to change.
+class Finish {
+public:
+    Finish(const OutputGroup& group, int vector)
+        : to_(group.to),
+          addends_(group.addends.data()),
+          addendCount_(group.addends.size()),
+          vector_(vector),
+          bias_(hn::Load(D(), group.bias + vector * kVectorLanes)),
+          slope_(hn::Load(D(), group.slopes + vector * kVectorLanes)) {}
+
+    // `offset` from pixel (0, 0) in floats.
+    HWY_INLINE void operator()(V sum, std::ptrdiff_t offset) const {
+        const D d;
+        const V zero = hn::Zero(d);
+        const V biased = hn::Add(sum, bias_);
+        V result = hn::MulAdd(slope_, hn::Min(biased, zero), hn::Max(biased, zero));
+        for (std::size_t i = 0; i < addendCount_; ++i) {
+            const V added = loadPair(addends_[i].from, vector_, offset);
+            result = hn::MulAdd(added, hn::Set(d, addends_[i].factor), result);
+        }
+        storePair(result, to_, vector_, offset);
     }
-    storePair(result, group.to, vector, offset);
-}
+
+private:
+    PlanePair to_;
+    const OutputGroup::Added* addends_;
+    std::size_t addendCount_;
+    int vector_;
+    V bias_;
+    V slope_;
+};
 
 }  // namespace quillmere::neural::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();

@@ -62,11 +62,13 @@ void transformInput(const ConvolutionCall& call, const WinogradLayout& layout, s
     const auto pitch = static_cast<std::ptrdiff_t>(call.input.geometry.pitch);
     const std::vector<Plane>& planes = call.input.planes;
     for (std::size_t group = 0; group < layout.inputGroups; ++group) {
-        PlanePair pair{{planes[2 * group].pixels, planes[2 * group].pixels}};
         // The weights of a plane that isn't there are 0.
-        if (2 * group + 1 < planes.size()) pair.planes[1] = planes[2 * group + 1].pixels;
-        float* to = transformed + group * layout.tilesInBlock * kGroupOutputs;
-        for (std::size_t tile = first; tile < first + count; ++tile, to += kGroupOutputs) {
+        const PlanePair pair{planes[2 * group].pixels,
+                             planes[std::min(2 * group + 1, planes.size() - 1)].pixels};
+        for (std::size_t n = 0; n < count; ++n) {
+            const std::size_t tile = first + n;
+            float* to = transformed + layout.inputCell(n / kPanelTiles, group, 0) +
+                        n % kPanelTiles * kGroupOutputs;
             const std::ptrdiff_t y =
                 call.rows.first + tile / layout.tilesWide * kWinogradTile - std::ptrdiff_t{1};
             const std::ptrdiff_t x = tile % layout.tilesWide * kWinogradTile - std::ptrdiff_t{1};
@@ -92,8 +94,7 @@ void transformInput(const ConvolutionCall& call, const WinogradLayout& layout, s
                     QUILLMERE_UNROLL
                     for (int i = 0; i < kWinogradPoints; ++i) {
                         hn::Store(out[i], d,
-                                  to + (j * kWinogradPoints + i) * layout.inputSpotFloats +
-                                      v * kVectorLanes);
+                                  to + (j * kWinogradPoints + i) * kCellFloats + v * kVectorLanes);
                     }
                 }
             }
@@ -101,21 +102,19 @@ void transformInput(const ConvolutionCall& call, const WinogradLayout& layout, s
     }
 }
 
-// kMatrixTiles rows of [input group][tile][16] times [input lane][blockOutputs], of which
-// kVectors are computed.
+// kVectors of a block's outputs for kMatrixTiles tiles of one panel at one spot.
 template <int kVectors>
-HWY_NOINLINE void multiply(const float* HWY_RESTRICT tiles, const WinogradLayout& layout,
+HWY_NOINLINE void multiply(const float* HWY_RESTRICT tiles, std::size_t inputGroups,
                            const float* HWY_RESTRICT weights, std::size_t blockOutputs,
-                           float* HWY_RESTRICT products) {
+                           float* HWY_RESTRICT products, std::size_t productGroupFloats) {
     const D d;
-    const std::size_t groupFloats = layout.tilesInBlock * kGroupOutputs;
     V sums[kMatrixTiles][kVectors];
     QUILLMERE_UNROLL
     for (int i = 0; i < kMatrixTiles; ++i) {
         QUILLMERE_UNROLL
         for (int v = 0; v < kVectors; ++v) sums[i][v] = hn::Zero(d);
     }
-    for (std::size_t group = 0; group < layout.inputGroups; ++group) {
+    for (std::size_t group = 0; group < inputGroups; ++group) {
         QUILLMERE_UNROLL
         for (int lane = 0; lane < kGroupOutputs; ++lane) {
             V w[kVectors];
@@ -133,7 +132,7 @@ HWY_NOINLINE void multiply(const float* HWY_RESTRICT tiles, const WinogradLayout
             }
             weights += blockOutputs;
         }
-        tiles += groupFloats;
+        tiles += kWinogradSpots * kCellFloats;
     }
     QUILLMERE_UNROLL
     for (int i = 0; i < kMatrixTiles; ++i) {
@@ -141,27 +140,72 @@ HWY_NOINLINE void multiply(const float* HWY_RESTRICT tiles, const WinogradLayout
         for (int v = 0; v < kVectors; ++v) {
             const int output = v * kVectorLanes;
             hn::Store(sums[i][v], d,
-                      products + output / kGroupOutputs * groupFloats + i * kGroupOutputs +
+                      products + output / kGroupOutputs * productGroupFloats + i * kGroupOutputs +
                           output % kGroupOutputs);
         }
     }
 }
 
-// All products of one spot.
-void multiplySpot(const float* transformed, const WinogradLayout& layout, std::size_t count,
-                  const float* weights, std::size_t blockOutputs, float* products) {
-    for (std::size_t tile = 0; tile < count; tile += kMatrixTiles) {
-        const float* tiles = transformed + tile * kGroupOutputs;
-        float* to = products + tile * kGroupOutputs;
-        std::size_t output = 0;
-        for (; output + kMatrixOutputs <= blockOutputs; output += kMatrixOutputs) {
-            const std::size_t group = output / kGroupOutputs;
-            multiply<kMatrixVectors>(
-                tiles, layout, weights + output, blockOutputs,
-                to + group * layout.tilesInBlock * kGroupOutputs + output % kGroupOutputs);
+// All products of a spot for the first `panels` panels.
+void multiplySpot(const float* transformed, const WinogradLayout& layout, std::size_t panels,
+                  std::size_t spot, const float* weights, std::size_t blockOutputs,
+                  float* products) {
+    const std::size_t groupFloats = layout.productCell(1, 0, 0);
+    for (std::size_t panel = 0; panel < panels; ++panel) {
+        for (std::size_t tile = 0; tile < kPanelTiles; tile += kMatrixTiles) {
+            const float* from =
+                transformed + layout.inputCell(panel, 0, spot) + tile * kGroupOutputs;
+            float* to = products + layout.productCell(0, panel, spot) + tile * kGroupOutputs;
+            std::size_t output = 0;
+            for (; output + kMatrixOutputs <= blockOutputs; output += kMatrixOutputs) {
+                multiply<kMatrixVectors>(
+                    from, layout.inputGroups, weights + output, blockOutputs,
+                    to + output / kGroupOutputs * groupFloats + output % kGroupOutputs,
+                    groupFloats);
+            }
+            if (output < blockOutputs) {
+                multiply<1>(from, layout.inputGroups, weights + output, blockOutputs, to,
+                            groupFloats);
+            }
         }
-        if (output < blockOutputs) {
-            multiply<1>(tiles, layout, weights + output, blockOutputs, to);
+    }
+}
+
+void clearSpot(const WinogradLayout& layout, std::size_t panels, std::size_t spot,
+               std::size_t groups, float* products) {
+    for (std::size_t group = 0; group < groups; ++group) {
+        for (std::size_t panel = 0; panel < panels; ++panel) {
+            std::fill_n(products + layout.productCell(group, panel, spot), kCellFloats, 0.0f);
+        }
+    }
+}
+
+// From a tile's products to as many of its outputs as there are. `corner` is the offset of the
+// first one.
+template <class Fits>
+HWY_INLINE void transformTile(const float* HWY_RESTRICT products, const Finish& finish,
+                              std::ptrdiff_t corner, std::ptrdiff_t rowStride,
+                              std::ptrdiff_t pixelStride, const Fits& fits) {
+    const D d;
+    V half[kWinogradTile][kWinogradPoints];
+    QUILLMERE_UNROLL
+    for (int i = 0; i < kWinogradPoints; ++i) {
+        V in[kWinogradPoints], out[kWinogradTile];
+        QUILLMERE_UNROLL
+        for (int j = 0; j < kWinogradPoints; ++j) {
+            in[j] = hn::Load(d, products + (j * kWinogradPoints + i) * kCellFloats);
+        }
+        transformBack(in, out);
+        QUILLMERE_UNROLL
+        for (int j = 0; j < kWinogradTile; ++j) half[j][i] = out[j];
+    }
+    QUILLMERE_UNROLL
+    for (int j = 0; j < kWinogradTile; ++j) {
+        V out[kWinogradTile];
+        transformBack(half[j], out);
+        QUILLMERE_UNROLL
+        for (int i = 0; i < kWinogradTile; ++i) {
+            if (fits(i, j)) finish(out[i], corner + j * rowStride + i * pixelStride);
         }
     }
 }
@@ -169,45 +213,25 @@ void multiplySpot(const float* transformed, const WinogradLayout& layout, std::s
 // From the products of a group to its outputs.
 void transformOutput(const ConvolutionCall& call, const ConvolutionOutput& output,
                      const OutputGroup& group, const WinogradLayout& layout, std::size_t first,
-                     std::size_t count, const float* HWY_RESTRICT products) {
-    const D d;
-    for (std::size_t n = 0; n < count; ++n, products += kGroupOutputs) {
-        const std::size_t tile = first + n;
-        const std::ptrdiff_t y = call.rows.first + tile / layout.tilesWide * kWinogradTile;
-        const std::ptrdiff_t x = tile % layout.tilesWide * kWinogradTile;
-        const std::ptrdiff_t corner = y * output.rowStride + x * output.pixelStride;
-        const std::ptrdiff_t rows = std::min<std::ptrdiff_t>(kWinogradTile, call.rows.end - y);
-        const std::ptrdiff_t columns =
-            std::min<std::ptrdiff_t>(kWinogradTile, call.input.geometry.size.width - x);
-        QUILLMERE_UNROLL
-        for (int v = 0; v < kVectorsPerGroup; ++v) {
-            const V bias = hn::Load(d, group.bias + v * kVectorLanes);
-            const V slope = hn::Load(d, group.slopes + v * kVectorLanes);
-            V half[kWinogradTile][kWinogradPoints];
-            QUILLMERE_UNROLL
-            for (int i = 0; i < kWinogradPoints; ++i) {
-                V in[kWinogradPoints], out[kWinogradTile];
-                QUILLMERE_UNROLL
-                for (int j = 0; j < kWinogradPoints; ++j) {
-                    in[j] = hn::Load(d, products +
-                                            (j * kWinogradPoints + i) * layout.productSpotFloats +
-                                            v * kVectorLanes);
-                }
-                transformBack(in, out);
-                QUILLMERE_UNROLL
-                for (int j = 0; j < kWinogradTile; ++j) half[j][i] = out[j];
-            }
-            QUILLMERE_UNROLL
-            for (int j = 0; j < kWinogradTile; ++j) {
-                if (j >= rows) break;
-                V out[kWinogradTile];
-                transformBack(half[j], out);
-                QUILLMERE_UNROLL
-                for (int i = 0; i < kWinogradTile; ++i) {
-                    if (i >= columns) break;
-                    finish(hn::Add(out[i], bias), slope, group, v,
-                           corner + j * output.rowStride + i * output.pixelStride);
-                }
+                     std::size_t count, const float* products) {
+    const std::ptrdiff_t rowStride = output.rowStride, pixelStride = output.pixelStride;
+    for (int v = kVectorsPerGroup - 1; v >= 0; --v) {
+        const Finish finish(group, v);
+        for (std::size_t n = 0; n < count; ++n) {
+            const std::size_t tile = first + n;
+            const std::ptrdiff_t y = call.rows.first + tile / layout.tilesWide * kWinogradTile;
+            const std::ptrdiff_t x = tile % layout.tilesWide * kWinogradTile;
+            const std::ptrdiff_t corner = y * rowStride + x * pixelStride;
+            const std::ptrdiff_t rows = call.rows.end - y;
+            const std::ptrdiff_t columns = call.input.geometry.size.width - x;
+            const float* from = products + layout.productCell(0, n / kPanelTiles, 0) +
+                                n % kPanelTiles * kGroupOutputs + v * kVectorLanes;
+            if (rows >= kWinogradTile && columns >= kWinogradTile) {
+                transformTile(from, finish, corner, rowStride, pixelStride,
+                              [](int, int) { return true; });
+            } else {
+                transformTile(from, finish, corner, rowStride, pixelStride,
+                              [&](int i, int j) { return i < columns && j < rows; });
             }
         }
     }
@@ -215,29 +239,28 @@ void transformOutput(const ConvolutionCall& call, const ConvolutionOutput& outpu
 
 void WinogradBlock(const ConvolutionCall& call, const ConvolutionOutput& output,
                    const WinogradLayout& layout, std::size_t block, float* scratch) {
-    const std::size_t first = block * layout.tilesInBlock;
-    const std::size_t count = std::min(layout.tilesInBlock, layout.tiles - first);
+    const std::size_t first = block * layout.tilesInBlock();
+    const std::size_t count = std::min(layout.tilesInBlock(), layout.tiles - first);
+    const std::size_t panels = (count + kPanelTiles - 1) / kPanelTiles;
     float* transformed = scratch;
-    float* products = scratch + kWinogradSpots * layout.inputSpotFloats;
+    float* products = scratch + layout.inputFloats();
     transformInput(call, layout, first, count, transformed);
 
     const float* weights = call.weights.weights.data();
     for (std::size_t n = 0; n < call.weights.liveSpots.size(); ++n) {
         const std::size_t groups = std::min<std::size_t>(2, output.groups.size() - 2 * n);
         const std::size_t blockOutputs = groups * kGroupOutputs;
-        for (int spot = 0; spot < kWinogradSpots; ++spot) {
-            float* to = products + spot * layout.productSpotFloats;
+        for (std::size_t spot = 0; spot < kWinogradSpots; ++spot) {
             if ((call.weights.liveSpots[n] >> spot & 1) != 0) {
-                multiplySpot(transformed + spot * layout.inputSpotFloats, layout, count, weights,
-                             blockOutputs, to);
+                multiplySpot(transformed, layout, panels, spot, weights, blockOutputs, products);
             } else {
-                std::fill_n(to, groups * layout.tilesInBlock * kGroupOutputs, 0.0f);
+                clearSpot(layout, panels, spot, groups, products);
             }
             weights += layout.inputGroups * kGroupOutputs * blockOutputs;
         }
         for (std::size_t group = 0; group < groups; ++group) {
             transformOutput(call, output, output.groups[2 * n + group], layout, first, count,
-                            products + group * layout.tilesInBlock * kGroupOutputs);
+                            products + layout.productCell(group, 0, 0));
         }
     }
 }
@@ -253,24 +276,21 @@ HWY_EXPORT(WinogradBlock);
 
 namespace {
 
-// A multiple of every target's kMatrixTiles. Large enough to use a block of weights often once it
-// is in the first cache, small enough for a block of 192 channels to stay in the second.
-constexpr std::size_t kTilesInBlock = 24;
+// Enough to use a block of weights often once it is in the first cache, and few enough for 192
+// channels of transformed input to stay in the second.
+constexpr std::size_t kPanelsInBlock = 2;
 
 }  // namespace
 
 WinogradLayout WinogradLayout::of(const ConvolutionCall& call) {
-    WinogradLayout layout;
     const auto tiles = [](int side) {
         return static_cast<std::size_t>(side + kWinogradTile - 1) / kWinogradTile;
     };
+    WinogradLayout layout;
     layout.tilesWide = tiles(call.input.geometry.size.width);
     layout.tiles = layout.tilesWide * tiles(call.rows.end - call.rows.first);
-    layout.tilesInBlock = kTilesInBlock;
+    layout.panelsInBlock = kPanelsInBlock;
     layout.inputGroups = groupsOf(call.input.planes.size());
-    layout.inputSpotFloats =
-        layout.inputGroups * layout.tilesInBlock * kGroupOutputs + kCacheLineFloats;
-    layout.productSpotFloats = layout.tilesInBlock * kBlockOutputs + kCacheLineFloats;
     return layout;
 }
 
