@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <utility>
 
 #include "Neural/Kernels/Plane.h"
 
@@ -10,22 +11,33 @@ namespace {
 
 using PlaneId = std::size_t;
 
+// Planes share slots with planes of one kind: whole ones of one scale, or windows of one value.
+using Kind = std::pair<int, ValueId>;
+
 struct VirtualPlane {
     int channels = 0;
-    int scale = 1;
-    std::size_t made = 0;      // step
-    std::size_t lastRead = 0;  // step; `made` where nobody reads it
+    Kind kind;
+    std::size_t made = 0;      // stage
+    std::size_t lastRead = 0;  // stage; `made` where nobody reads it
 };
 
 class Planner {
 public:
-    Planner(const Graph& graph, const std::vector<ValueShape>& shapes)
-        : graph_(graph), shapes_(shapes), lastStep_(graph.operations.size() + 1) {}
+    explicit Planner(const Schedule& schedule)
+        : schedule_(schedule),
+          valuePlanes_(schedule.shapes.size()),
+          stageOf_(schedule.shapes.size()),
+          lastReader_(schedule.shapes.size()) {}
 
     ExecutionPlan plan() {
-        nameInput();
-        for (std::size_t n = 0; n < graph_.operations.size(); ++n) nameValue(n);
-        read(graph_.output, lastStep_);
+        formStages();
+        findReaders();
+        nameFullPlanes(0, 0);
+        for (std::size_t stage = 0; stage < plan_.stages.size(); ++stage) {
+            const Stage& steps = plan_.stages[stage];
+            for (std::size_t s = steps.first; s < steps.end; ++s) nameValue(stage, s);
+        }
+        read(schedule_.output, plan_.stages.size() - 1);
         placePlanes();
         for (const auto& planes : valuePlanes_) {
             auto& planned = plan_.values.emplace_back();
@@ -35,65 +47,107 @@ public:
     }
 
 private:
-    void nameInput() { valuePlanes_.push_back(fullPlanes(shapes_.front(), 0)); }
-
-    void nameValue(std::size_t operation) {
-        const std::size_t step = operation + 1;
-        const Operation& op = graph_.operations[operation];
-        if (const auto* joined = std::get_if<Concatenation>(&op)) {
-            std::vector<PlaneId> planes;
-            for (const ValueId input : joined->inputs) {
-                planes.insert(planes.end(), valuePlanes_[input].begin(), valuePlanes_[input].end());
+    void formStages() {
+        const std::vector<Step>& steps = schedule_.steps;
+        for (std::size_t s = 0; s < steps.size(); ++s) {
+            const bool banded = schedule_.shapes[steps[s].output].scale > 1;
+            if (banded && !plan_.stages.empty() && plan_.stages.back().banded) {
+                plan_.stages.back().end = s + 1;
+            } else {
+                plan_.stages.push_back({s, s + 1, banded, false});
             }
-            valuePlanes_.push_back(std::move(planes));
-            return;
         }
-        for (const ValueId input : inputsOf(op)) read(input, step);
-        if (const auto* enlarged = std::get_if<NearestEnlargement>(&op)) {
-            // It copies whole planes, spare lanes and all.
-            std::vector<PlaneId> planes;
-            for (const PlaneId id : valuePlanes_[enlarged->input]) {
-                planes.push_back(newPlane({planes_[id].channels, shapes_[step].scale, step, step}));
-            }
-            valuePlanes_.push_back(std::move(planes));
-            return;
+        // An output that isn't the last thing made is read at the end, as a whole.
+        const bool lastMade = !steps.empty() && steps.back().output == schedule_.output;
+        if (lastMade && plan_.stages.back().banded) {
+            plan_.stages.back().drains = true;
+        } else {
+            plan_.stages.push_back({steps.size(), steps.size(), false, true});
         }
-        if (const auto* convolution = std::get_if<Convolution>(&op)) {
-            plan_.halo = std::max(plan_.halo, convolution->kernel / 2);
-        }
-        valuePlanes_.push_back(fullPlanes(shapes_[step], step));
     }
 
-    std::vector<PlaneId> fullPlanes(ValueShape shape, std::size_t step) {
-        std::vector<PlaneId> planes;
-        for (int left = shape.channels; left > 0; left -= kLanes) {
-            planes.push_back(newPlane({std::min(left, kLanes), shape.scale, step, step}));
+    void findReaders() {
+        for (std::size_t stage = 0; stage < plan_.stages.size(); ++stage) {
+            for (std::size_t s = plan_.stages[stage].first; s < plan_.stages[stage].end; ++s) {
+                stageOf_[schedule_.steps[s].output] = stage;
+                for (const RowNeed& need : schedule_.rowNeeds(schedule_.steps[s])) {
+                    lastReader_[need.value] = stage;
+                }
+            }
+        }
+        markRead(schedule_.output, plan_.stages.size() - 1);
+        plan_.windowed.resize(schedule_.shapes.size());
+        for (const Step& step : schedule_.steps) {
+            const std::size_t stage = stageOf_[step.output];
+            plan_.windowed[step.output] =
+                plan_.stages[stage].banded && lastReader_[step.output] == stage;
+        }
+    }
+
+    void markRead(ValueId value, std::size_t stage) {
+        lastReader_[value] = stage;
+        for (const ValueId part : schedule_.concatenations[value]) markRead(part, stage);
+    }
+
+    void nameValue(std::size_t stage, std::size_t s) {
+        const Step& step = schedule_.steps[s];
+        for (const ValueId input : step.inputs()) read(input, stage);
+        if (const auto* enlarged = std::get_if<NearestEnlargement>(&step.work)) {
+            // It copies whole planes, spare lanes and all.
+            std::vector<PlaneId> planes;
+            for (const PlaneId id : planesOf(enlarged->input)) {
+                planes.push_back(newPlane(planes_[id].channels, step.output, stage));
+            }
+            valuePlanes_[step.output] = std::move(planes);
+            return;
+        }
+        if (const auto* fused = std::get_if<FusedConvolution>(&step.work)) {
+            plan_.halo = std::max(plan_.halo, fused->convolution.kernel / 2);
+        }
+        nameFullPlanes(step.output, stage);
+    }
+
+    void nameFullPlanes(ValueId value, std::size_t stage) {
+        for (int left = schedule_.shapes[value].channels; left > 0; left -= kLanes) {
+            const PlaneId id = newPlane(std::min(left, kLanes), value, stage);
+            valuePlanes_[value].push_back(id);
+        }
+    }
+
+    PlaneId newPlane(int channels, ValueId value, std::size_t stage) {
+        const ValueId window = plan_.windowed[value] ? value : 0;
+        planes_.push_back({channels, {schedule_.shapes[value].scale, window}, stage, stage});
+        return planes_.size() - 1;
+    }
+
+    const std::vector<PlaneId>& planesOf(ValueId value) {
+        std::vector<PlaneId>& planes = valuePlanes_[value];
+        if (planes.empty()) {
+            for (const ValueId part : schedule_.concatenations[value]) {
+                const std::vector<PlaneId>& more = planesOf(part);
+                planes.insert(planes.end(), more.begin(), more.end());
+            }
         }
         return planes;
     }
 
-    PlaneId newPlane(VirtualPlane plane) {
-        planes_.push_back(plane);
-        return planes_.size() - 1;
-    }
-
-    void read(ValueId value, std::size_t step) {
-        for (const PlaneId id : valuePlanes_[value]) planes_[id].lastRead = step;
+    void read(ValueId value, std::size_t stage) {
+        for (const PlaneId id : planesOf(value)) planes_[id].lastRead = stage;
     }
 
     // Planes are numbered in the order of their making.
     void placePlanes() {
-        std::vector<std::vector<PlaneId>> ending(lastStep_ + 1);
+        const std::size_t stages = plan_.stages.size();
+        std::vector<std::vector<PlaneId>> ending(stages);
         for (PlaneId id = 0; id < planes_.size(); ++id) ending[planes_[id].lastRead].push_back(id);
-        std::map<int, std::vector<SlotId>> unused;  // by scale
+        std::map<Kind, std::vector<SlotId>> unused;
         std::vector<std::size_t> slotEnds;
         PlaneId next = 0;
-        for (std::size_t step = 0; step <= lastStep_; ++step) {
-            for (; next < planes_.size() && planes_[next].made == step; ++next) {
-                std::vector<SlotId>& candidates = unused[planes_[next].scale];
+        for (std::size_t stage = 0; stage < stages; ++stage) {
+            for (; next < planes_.size() && planes_[next].made == stage; ++next) {
+                std::vector<SlotId>& candidates = unused[planes_[next].kind];
                 if (candidates.empty()) {
-                    candidates.push_back(plan_.slotScales.size());
-                    plan_.slotScales.push_back(planes_[next].scale);
+                    candidates.push_back(slotEnds.size());
                     slotEnds.push_back(0);
                 }
                 const SlotId slot = candidates.back();
@@ -101,27 +155,26 @@ private:
                 slots_.push_back(slot);
                 slotEnds[slot] = planes_[next].lastRead;
             }
-            for (const PlaneId id : ending[step]) unused[planes_[id].scale].push_back(slots_[id]);
+            for (const PlaneId id : ending[stage]) unused[planes_[id].kind].push_back(slots_[id]);
         }
-        plan_.retired.resize(lastStep_ + 1);
+        plan_.slots = slotEnds.size();
+        plan_.retired.resize(stages);
         for (SlotId slot = 0; slot < slotEnds.size(); ++slot) {
             plan_.retired[slotEnds[slot]].push_back(slot);
         }
     }
 
-    const Graph& graph_;
-    const std::vector<ValueShape>& shapes_;
-    const std::size_t lastStep_;
+    const Schedule& schedule_;
     ExecutionPlan plan_;
     std::vector<VirtualPlane> planes_;
     std::vector<std::vector<PlaneId>> valuePlanes_;
-    std::vector<SlotId> slots_;  // by PlaneId
+    std::vector<std::size_t> stageOf_;     // by ValueId
+    std::vector<std::size_t> lastReader_;  // by ValueId: stage
+    std::vector<SlotId> slots_;            // by PlaneId
 };
 
 }  // namespace
 
-ExecutionPlan ExecutionPlan::of(const Graph& graph, const std::vector<ValueShape>& shapes) {
-    return Planner(graph, shapes).plan();
-}
+ExecutionPlan ExecutionPlan::of(const Schedule& schedule) { return Planner(schedule).plan(); }
 
 }  // namespace quillmere::neural

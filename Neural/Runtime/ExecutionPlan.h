@@ -4,11 +4,11 @@
 #include <cstddef>
 #include <vector>
 
-#include "Neural/Model/Graph.h"
+#include "Neural/Runtime/Schedule.h"
 
 namespace quillmere::neural {
 
-/// A place for one plane, used by planes of one scale whose lives don't overlap.
+/// A place for one plane, used by planes of one kind whose lives don't overlap.
 using SlotId = std::size_t;
 
 struct PlannedPlane {
@@ -16,18 +16,32 @@ struct PlannedPlane {
     int channels = 0;
 };
 
-/// The memory plan of a graph.
-///
-/// Steps: 0 fills the input, n + 1 runs operation n, the last one reads the output. A
-/// concatenation does nothing, its value is the planes of its inputs. The planes that a step
-/// writes never share a slot with planes that it reads.
-struct ExecutionPlan {
-    std::vector<std::vector<PlannedPlane>> values;  // by ValueId
-    std::vector<int> slotScales;                    // by SlotId: multiples of the input's size
-    std::vector<std::vector<SlotId>> retired;       // by step: slots that nobody needs after it
-    int halo = 0;                                   // what the widest kernel reads around a plane
+/// Steps [first, end) of the schedule that run together, and whether the network's output is read
+/// as they go. A banded stage runs band after band; any other has one step.
+struct Stage {
+    std::size_t first = 0;
+    std::size_t end = 0;
+    bool banded = false;
+    bool drains = false;
+};
 
-    static ExecutionPlan of(const Graph& graph, const std::vector<ValueShape>& shapes);
+/// The memory plan of a schedule.
+///
+/// Steps whose output is larger than the network's input form banded stages with the steps beside
+/// them that are so too: the large images at a network's end are most of what it would need. What
+/// a banded stage makes for itself is `windowed`: only some rows of it are kept.
+///
+/// A concatenation's value is the planes of its inputs. The planes that a stage writes never share
+/// a slot with planes that it reads. The last stage drains the output.
+struct ExecutionPlan {
+    std::vector<Stage> stages;
+    std::vector<std::vector<PlannedPlane>> values;  // by ValueId; empty for what no step makes
+    std::vector<bool> windowed;                     // by ValueId
+    std::size_t slots = 0;
+    std::vector<std::vector<SlotId>> retired;  // by stage: slots that nobody needs after it
+    int halo = 1;                              // what the widest kernel reads around a plane
+
+    static ExecutionPlan of(const Schedule& schedule);
 };
 
 }  // namespace quillmere::neural

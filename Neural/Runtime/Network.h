@@ -59,8 +59,6 @@ private:
     struct Parts;
 
     explicit Network(std::unique_ptr<const Parts> parts);
-    template <class Fill, class Drain>
-    void runSteps(PixelSize size, const Fill& fill, const Drain& drain) const;
 
     std::unique_ptr<const Parts> parts_;
 };

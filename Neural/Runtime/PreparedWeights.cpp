@@ -27,27 +27,46 @@ std::vector<float> slopesOf(const Convolution& op, const CompiledModel& model) {
     invariantBroken();
 }
 
-ConvolutionWeights prepare(const Convolution& op, const CompiledModel& model,
-                           const ExecutionPlan& plan) {
+void scale(std::vector<float>& values, float factor) {
+    for (float& value : values) value *= factor;
+}
+
+// Each value as often as there are pixels in a square of `side`.
+std::vector<float> repeated(const std::vector<float>& values, int side) {
+    std::vector<float> result;
+    for (int i = 0; i < side * side; ++i) result.insert(result.end(), values.begin(), values.end());
+    return result;
+}
+
+ConvolutionWeights prepare(const FusedConvolution& work, const CompiledModel& model,
+                           std::span<const PlannedPlane> inputPlanes) {
+    const Convolution& convolution = work.convolution;
     std::vector<int> inputChannels;
-    for (const PlannedPlane& plane : plan.values[op.input]) inputChannels.push_back(plane.channels);
-    return ConvolutionWeights::arrange(op.kernel, inputChannels, floats(model.tensor(op.weights)),
-                                       floats(model.tensor(op.bias)), slopesOf(op, model));
+    for (const PlannedPlane& plane : inputPlanes) inputChannels.push_back(plane.channels);
+    std::vector<float> weights = floats(model.tensor(convolution.weights));
+    std::vector<float> bias = floats(model.tensor(convolution.bias));
+    scale(weights, work.scale);
+    scale(bias, work.scale);
+    if (work.enlargement != 1) {
+        weights = foldEnlargement(work.enlargement, bias.size(), weights);
+        bias = repeated(bias, work.enlargement);
+    }
+    const std::vector<float> slopes = repeated(slopesOf(convolution, model), work.enlargement);
+    return ConvolutionWeights::arrange(convolution.kernel, inputChannels, weights, bias, slopes);
 }
 
 }  // namespace
 
-PreparedWeights PreparedWeights::of(const CompiledModel& model, const ExecutionPlan& plan,
-                                    WorkerPool& pool) {
-    const std::vector<Operation>& operations = model.graph().operations;
+PreparedWeights PreparedWeights::of(const CompiledModel& model, const Schedule& schedule,
+                                    const ExecutionPlan& plan, WorkerPool& pool) {
     PreparedWeights prepared;
-    prepared.byOperation_.resize(operations.size());
+    prepared.byStep_.resize(schedule.steps.size());
     std::atomic<bool> outOfMemory{false};  // a loop's body must not throw
-    pool.parallelFor(operations.size(), [&](std::size_t n, std::size_t) {
-        const auto* convolution = std::get_if<Convolution>(&operations[n]);
-        if (convolution == nullptr) return;
+    pool.parallelFor(schedule.steps.size(), [&](std::size_t n, std::size_t) {
+        const auto* work = std::get_if<FusedConvolution>(&schedule.steps[n].work);
+        if (work == nullptr) return;
         try {
-            prepared.byOperation_[n] = prepare(*convolution, model, plan);
+            prepared.byStep_[n] = prepare(*work, model, plan.values[work->convolution.input]);
         } catch (const std::bad_alloc&) {
             outOfMemory = true;
         }

@@ -12,17 +12,17 @@
 namespace quillmere::neural {
 
 /// Single precision, arranged for the layout that the plan gives each convolution's input.
-/// Independent of the model once made; about twice the size of the compiled weights.
+/// Independent of the model once made; up to eight times the size of the compiled weights.
 class PreparedWeights {
 public:
-    static PreparedWeights of(const CompiledModel& model, const ExecutionPlan& plan,
-                              WorkerPool& pool);
+    static PreparedWeights of(const CompiledModel& model, const Schedule& schedule,
+                              const ExecutionPlan& plan, WorkerPool& pool);
 
-    /// `operation` must be the index of a convolution.
-    const ConvolutionWeights& of(std::size_t operation) const { return byOperation_[operation]; }
+    /// `step` must be the index of a convolution.
+    const ConvolutionWeights& of(std::size_t step) const { return byStep_[step]; }
 
 private:
-    std::vector<ConvolutionWeights> byOperation_;  // empty ones where there is no convolution
+    std::vector<ConvolutionWeights> byStep_;  // empty ones where there is no convolution
 };
 
 }  // namespace quillmere::neural

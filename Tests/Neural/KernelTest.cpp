@@ -22,9 +22,10 @@ struct Case {
     friend std::ostream& operator<<(std::ostream& out, const Case& c) { return out << c.name; }
 };
 
-void leaky(RandomGraph& graph, int outputs, int kernel) {
-    graph.convolve("conv", "in", outputs, kernel);
-    graph.activation("out", "conv", Activation::leakyRelu, 0.2f);
+void leaky(RandomGraph& graph, const std::string& name, const std::string& input, int outputs,
+           int kernel) {
+    graph.convolve(name + " linear", input, outputs, kernel);
+    graph.activation(name, name + " linear", Activation::leakyRelu, 0.2f);
 }
 
 const std::vector<Case> kCases{
@@ -41,7 +42,7 @@ const std::vector<Case> kCases{
          g.convolve("conv", "in", 9, 3);
          g.activation("out", "conv", Activation::relu);
      }},
-    {"LeakyRelu", 4, [](RandomGraph& g) { leaky(g, 9, 3); }},
+    {"LeakyRelu", 4, [](RandomGraph& g) { leaky(g, "out", "in", 9, 3); }},
     {"SlopePerChannel", 4,
      [](RandomGraph& g) {
          g.convolve("conv", "in", 19, 3);
@@ -74,6 +75,48 @@ const std::vector<Case> kCases{
          g.nearestEnlargement("large", "in", 2);
          g.convolve("out", "large", 3, 5);
      }},
+    {"ResidualsOfResiduals", 12,
+     [](RandomGraph& g) {
+         g.convolve("a", "in", 24, 3);
+         g.convolve("b", "a", 24, 3);
+         g.weightedSum("inner", Names{"a", "b"}, std::vector<float>{1, 0.2f});
+         g.convolve("c", "inner", 24, 1);
+         g.weightedSum("out", Names{"c", "a", "inner"}, std::vector<float>{0.2f, 1, -0.5f});
+     }},
+    {"OutputOfSeveralPlanes", 4,
+     [](RandomGraph& g) {
+         g.convolve("a", "in", 4, 3);
+         g.concatenation("out", Names{"a", "in"});
+     }},
+    // More rows than a band has.
+    {"EnlargementsInBands", 3,
+     [](RandomGraph& g) {
+         g.convolve("a", "in", 16, 3);
+         g.nearestEnlargement("a2", "a", 2);
+         leaky(g, "b", "a2", 16, 3);
+         g.nearestEnlargement("b2", "b", 2);
+         leaky(g, "c", "b2", 24, 3);
+         g.convolve("d", "c", 24, 5);
+         g.weightedSum("sum", Names{"c", "d"}, std::vector<float>{1, 0.5f});
+         g.convolve("out", "sum", 3, 3);
+     }},
+    {"ShuffleAndEnlargementInBands", 3,
+     [](RandomGraph& g) {
+         g.convolve("a", "in", 48, 3);
+         g.depthToSpace("b", "a", 4, DepthOrder::channelFirst);
+         g.nearestEnlargement("c", "in", 4);
+         g.weightedSum("out", Names{"b", "c"}, std::vector<float>{1, 1});
+     }},
+    {"MeanOfLargeValuesOfSeveralStages", 3,
+     [](RandomGraph& g) {
+         g.convolve("a", "in", 12, 3);
+         g.depthToSpace("a2", "a", 2, DepthOrder::phaseFirst);
+         g.convolve("a3", "a2", 3, 3);
+         g.convolve("b", "in", 16, 3);
+         g.nearestEnlargement("b2", "b", 2);
+         g.convolve("b3", "b2", 3, 3);
+         g.weightedSum("out", Names{"a3", "b3"}, std::vector<float>{0.5f, 0.5f});
+     }},
     // A dense block: the planes of a value live in several others.
     {"ReusedMemoryOfADenseBlock", 3,
      [](RandomGraph& g) {
@@ -91,8 +134,8 @@ const std::vector<Case> kCases{
 
 // Sides around the kernels' block of pixels, the row pitch's exception (a power of two with its
 // halo), and images of one row or column.
-const std::vector<PixelSize> kSizes{{1, 1}, {1, 9}, {9, 1},  {2, 3},
-                                    {6, 4}, {7, 5}, {25, 3}, {62, 2}};
+const std::vector<PixelSize> kSizes{{1, 1}, {1, 9},  {9, 1},  {2, 3}, {6, 4},
+                                    {7, 5}, {25, 3}, {62, 2}, {5, 45}};
 
 class KernelTest : public testing::TestWithParam<Case> {
 protected:

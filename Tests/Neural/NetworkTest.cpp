@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <set>
+#include <map>
 #include <thread>
 
 #include "Neural/Model/NeuralError.h"
@@ -162,43 +162,56 @@ TEST(ExecutionPlan, APlaneIsOverwrittenWhileItIsStillNeededOrItsMemoryKeptForEve
     }
     builder.depthToSpace("out", last, 2, DepthOrder::channelFirst);
     const Graph graph = builder.end("out").graph;
-    const ExecutionPlan plan = ExecutionPlan::of(graph, *inferShapes(graph));
+    const Schedule schedule = Schedule::of(graph, *inferShapes(graph));
+    const ExecutionPlan plan = ExecutionPlan::of(schedule);
 
-    std::vector<ValueId> owner(plan.slotScales.size());  // who wrote the slot last
-    std::set<SlotId> retired;
-    const auto check = [&](ValueId value) {
-        for (const PlannedPlane& plane : plan.values[value]) {
-            EXPECT_FALSE(retired.contains(plane.slot)) << "given back before its last use";
-        }
+    std::map<SlotId, ValueId> content;  // of the slots in use
+    const auto write = [&](ValueId value) {
+        for (const PlannedPlane& plane : plan.values[value]) content[plane.slot] = value;
     };
-    for (std::size_t step = 0; step < plan.retired.size(); ++step) {
-        const bool computes = step >= 1 && step <= graph.operations.size();
-        if (computes) {
-            for (const ValueId input : inputsOf(graph.operations[step - 1])) {
-                check(input);
-                for (const PlannedPlane& plane : plan.values[input]) {
-                    const ValueId writer = owner[plane.slot];
-                    const auto& written = plan.values[writer];
-                    EXPECT_TRUE(std::any_of(written.begin(), written.end(), [&](const auto& own) {
-                        return own.slot == plane.slot;
-                    }));
-                    EXPECT_LE(writer, input) << "a later value took its place";
+    write(0);
+    for (std::size_t n = 0; n < plan.stages.size(); ++n) {
+        for (std::size_t s = plan.stages[n].first; s < plan.stages[n].end; ++s) {
+            for (const RowNeed& need : schedule.rowNeeds(schedule.steps[s])) {
+                for (const PlannedPlane& plane : plan.values[need.value]) {
+                    ASSERT_TRUE(content.contains(plane.slot)) << "given back before its last use";
+                    EXPECT_EQ(content[plane.slot], need.value) << "another value took its place";
                 }
             }
+            write(schedule.steps[s].output);
         }
-        const bool writes =
-            step <= graph.operations.size() &&
-            !(computes && std::holds_alternative<Concatenation>(graph.operations[step - 1]));
-        if (writes) {
-            check(step);
-            for (const PlannedPlane& plane : plan.values[step]) owner[plane.slot] = step;
-        }
-        for (const SlotId slot : plan.retired[step]) EXPECT_TRUE(retired.insert(slot).second);
+        for (const SlotId slot : plan.retired[n]) EXPECT_EQ(content.erase(slot), 1u);
     }
-    EXPECT_EQ(retired.size(), plan.slotScales.size());
+    EXPECT_TRUE(content.empty());
     // Two planes each of the first value, of the one that is read and of the one that is written;
     // the input's; and the output's at twice the size.
-    EXPECT_LE(plan.slotScales.size(), 2u * 3 + 1 + 1);
+    EXPECT_LE(plan.slots, 2u * 3 + 1 + 1);
+}
+
+TEST(Schedule, WhatCouldBeOnePassOverMemoryTakesSeveral) {
+    RandomGraph builder;
+    builder.convolve("first", "in", 16, 3);
+    builder.convolve("second", "first", 16, 3);
+    builder.weightedSum("inner", std::vector<std::string>{"first", "second"},
+                        std::vector<float>{1, 0.5f});
+    builder.weightedSum("outer", std::vector<std::string>{"first", "inner"},
+                        std::vector<float>{1, 0.5f});
+    builder.nearestEnlargement("large", "outer", 2);
+    builder.convolve("third", "large", 8, 3);
+    builder.convolve("fourth", "third", 8, 3);
+    // A second reader: this sum must not take the convolution for itself alone.
+    builder.weightedSum("out", std::vector<std::string>{"third", "fourth", "third"},
+                        std::vector<float>{1, -1, 1});
+    const Graph graph = builder.end("out").graph;
+    const Schedule schedule = Schedule::of(graph, *inferShapes(graph));
+
+    ASSERT_EQ(schedule.steps.size(), 5u);
+    const auto& fused = std::get<FusedConvolution>(schedule.steps[1].work);
+    EXPECT_EQ(fused.scale, 0.25f);
+    ASSERT_EQ(fused.addends.size(), 2u);
+    EXPECT_EQ(fused.addends[0].factor + fused.addends[1].factor, 1.5f);
+    EXPECT_EQ(std::get<FusedConvolution>(schedule.steps[2].work).enlargement, 2);
+    EXPECT_TRUE(std::holds_alternative<WeightedSum>(schedule.steps[4].work));
 }
 
 }  // namespace
