@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 
 #ifdef __linux__
 #include <sched.h>
@@ -21,6 +22,16 @@ std::size_t availableCores() {
     }
 #endif
     return std::max(1u, std::thread::hardware_concurrency());
+}
+
+// While a network runs, its next loop comes within microseconds, sooner than a sleeping thread
+// would wake: who waits looks out for that long before it sleeps.
+template <class Condition>
+void lookOutFor(const Condition& condition) {
+    constexpr std::chrono::microseconds patience{50};
+    const auto end = std::chrono::steady_clock::now() + patience;
+    while (!condition() && std::chrono::steady_clock::now() < end) {
+    }
 }
 
 }  // namespace
@@ -71,6 +82,7 @@ void WorkerPool::parallelFor(std::size_t count, const Body& body) {
     }
     wake_.notify_all();
     loop.run(0);
+    lookOutFor([this] { return busy_ == 0; });
     std::unique_lock lock(mutex_);
     finished_.wait(lock, [this] { return busy_ == 0; });
     loop_ = nullptr;
@@ -78,8 +90,9 @@ void WorkerPool::parallelFor(std::size_t count, const Body& body) {
 
 void WorkerPool::work(std::size_t worker) {
     unsigned long seen = 0;
-    std::unique_lock lock(mutex_);
     for (;;) {
+        lookOutFor([&] { return generation_ != seen; });
+        std::unique_lock lock(mutex_);
         wake_.wait(lock, [&] { return stopping_ || generation_ != seen; });
         if (stopping_) return;
         seen = generation_;
@@ -88,6 +101,7 @@ void WorkerPool::work(std::size_t worker) {
         loop.run(worker);
         lock.lock();
         if (--busy_ == 0) finished_.notify_one();
+        lock.unlock();
     }
 }
 

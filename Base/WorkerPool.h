@@ -1,6 +1,7 @@
 // All cores on one loop: the only parallelism inside the runtime and the picture rooms.
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <cstddef>
 #include <functional>
@@ -38,12 +39,12 @@ private:
     void work(std::size_t worker);
 
     std::mutex callers_;  // held for a whole loop: one loop at a time
-    std::mutex mutex_;    // guards everything below
+    std::mutex mutex_;    // held for every change of what is below
     std::condition_variable wake_;
     std::condition_variable finished_;
     Loop* loop_ = nullptr;
-    unsigned long generation_ = 0;
-    std::size_t busy_ = 0;
+    std::atomic<unsigned long> generation_ = 0;  // read without the mutex as well, like busy_
+    std::atomic<std::size_t> busy_ = 0;
     bool stopping_ = false;
     std::vector<std::thread> threads_;
 };

@@ -17,31 +17,32 @@ HWY_BEFORE_NAMESPACE();
 namespace quillmere::neural::HWY_NAMESPACE {
 namespace {
 
-// With the sums of this many pixels, the weights and a broadcast fill the registers: 16 of them,
-// or 32 of AVX-512 and NEON.
-constexpr int kDirectPixels = HWY_TARGET <= HWY_AVX3 && HWY_ARCH_X86 ? 14
-                              : HWY_ARCH_ARM                         ? 6
-                                             : std::max(1, 12 / kVectorsPerGroup);
+// With the sums of this many pixels of this many groups, the weights and a broadcast fill the
+// registers: 16 of them, or 32 of AVX-512 and NEON.
+constexpr bool kManyRegisters = (HWY_ARCH_X86 && HWY_TARGET <= HWY_AVX3) || HWY_ARCH_ARM;
+constexpr int kDirectGroups = std::max(1, (kManyRegisters ? 4 : 2) / kVectorsPerGroup / 2);
+constexpr int kDirectPixels =
+    std::max(1, (kManyRegisters ? 24 : 12) / (kVectorsPerGroup * kDirectGroups));
 static_assert(kDirectPixels <= kOverread);
 
-// One row of a group.
-template <int kKernel>
-HWY_NOINLINE void convolveRow(const ConvolutionCall& call, const OutputGroup& group,
-                              const float* HWY_RESTRICT groupWeights, std::ptrdiff_t y,
-                              std::ptrdiff_t rowStride, std::ptrdiff_t pixelStride) {
+// One row of kGroups groups, whose weights lie `groupFloats` apart.
+template <int kKernel, int kGroups>
+HWY_NOINLINE void convolveRow(const ConvolutionCall& call, const OutputGroup* groups,
+                              const float* HWY_RESTRICT firstWeights, std::size_t groupFloats,
+                              std::ptrdiff_t y, std::ptrdiff_t rowStride,
+                              std::ptrdiff_t pixelStride) {
+    constexpr int kVectors = kGroups * kVectorsPerGroup;
     const D d;
     const PlaneGeometry& geometry = call.input.geometry;
     const auto pitch = static_cast<std::ptrdiff_t>(geometry.pitch);
     for (int x = 0; x < geometry.size.width; x += kDirectPixels) {
-        V sums[kDirectPixels][kVectorsPerGroup];
+        V sums[kDirectPixels][kVectors];
         QUILLMERE_UNROLL
         for (int i = 0; i < kDirectPixels; ++i) {
             QUILLMERE_UNROLL
-            for (int v = 0; v < kVectorsPerGroup; ++v) {
-                sums[i][v] = hn::Zero(d);
-            }
+            for (int v = 0; v < kVectors; ++v) sums[i][v] = hn::Zero(d);
         }
-        const float* HWY_RESTRICT weights = groupWeights;
+        const float* HWY_RESTRICT weights = firstWeights;
         for (const Plane& plane : call.input.planes) {
             for (int ky = 0; ky < kKernel; ++ky) {
                 const float* row =
@@ -49,16 +50,18 @@ HWY_NOINLINE void convolveRow(const ConvolutionCall& call, const OutputGroup& gr
                 for (int kx = 0; kx < kKernel; ++kx) {
                     const float* HWY_RESTRICT pixels = row + kx * kLanes;
                     for (int lane = 0; lane < plane.channels; ++lane) {
-                        V w[kVectorsPerGroup];
+                        V w[kVectors];
                         QUILLMERE_UNROLL
-                        for (int v = 0; v < kVectorsPerGroup; ++v) {
-                            w[v] = keepInRegister(hn::Load(d, weights + v * kVectorLanes));
+                        for (int v = 0; v < kVectors; ++v) {
+                            w[v] = keepInRegister(
+                                hn::Load(d, weights + v / kVectorsPerGroup * groupFloats +
+                                                v % kVectorsPerGroup * kVectorLanes));
                         }
                         QUILLMERE_UNROLL
                         for (int i = 0; i < kDirectPixels; ++i) {
                             const V pixel = hn::Set(d, pixels[i * kLanes + lane]);
                             QUILLMERE_UNROLL
-                            for (int v = 0; v < kVectorsPerGroup; ++v) {
+                            for (int v = 0; v < kVectors; ++v) {
                                 sums[i][v] = hn::MulAdd(pixel, w[v], sums[i][v]);
                             }
                         }
@@ -69,8 +72,8 @@ HWY_NOINLINE void convolveRow(const ConvolutionCall& call, const OutputGroup& gr
         }
         const int valid = std::min(kDirectPixels, geometry.size.width - x);
         QUILLMERE_UNROLL
-        for (int v = kVectorsPerGroup - 1; v >= 0; --v) {
-            const Finish finish(group, v);
+        for (int v = kVectors - 1; v >= 0; --v) {
+            const Finish finish(groups[v / kVectorsPerGroup], v % kVectorsPerGroup);
             QUILLMERE_UNROLL
             for (int i = 0; i < kDirectPixels; ++i) {
                 if (i >= valid) break;
@@ -82,11 +85,17 @@ HWY_NOINLINE void convolveRow(const ConvolutionCall& call, const OutputGroup& gr
 
 template <int kKernel>
 void convolveRows(const ConvolutionCall& call, const ConvolutionOutput& output, int y) {
-    const std::size_t perGroup = call.weights.weights.size() / output.groups.size();
+    const std::size_t groups = output.groups.size();
+    const std::size_t perGroup = call.weights.weights.size() / groups;
     const float* weights = call.weights.weights.data();
-    for (const OutputGroup& group : output.groups) {
-        convolveRow<kKernel>(call, group, weights, y, output.rowStride, output.pixelStride);
-        weights += perGroup;
+    std::size_t group = 0;
+    for (; group + kDirectGroups <= groups; group += kDirectGroups) {
+        convolveRow<kKernel, kDirectGroups>(call, &output.groups[group], weights + group * perGroup,
+                                            perGroup, y, output.rowStride, output.pixelStride);
+    }
+    for (; group < groups; ++group) {
+        convolveRow<kKernel, 1>(call, &output.groups[group], weights + group * perGroup, perGroup,
+                                y, output.rowStride, output.pixelStride);
     }
 }
 

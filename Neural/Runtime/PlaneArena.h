@@ -23,8 +23,9 @@ public:
 
 private:
     struct Block {
-        float* memory = nullptr;
+        void* mapping = nullptr;
         std::size_t bytes = 0;
+        float* floats = nullptr;
     };
 
     std::vector<Block> blocks_;
