@@ -276,9 +276,9 @@ HWY_EXPORT(WinogradBlock);
 
 namespace {
 
-// Enough to use a block of weights often once it is in the first cache, and few enough for 192
-// channels of transformed input to stay in the second.
-constexpr std::size_t kPanelsInBlock = 2;
+// Transformed input of a block, in panels of one group: few enough for it to stay near the
+// processor while all the weights pass by, enough for them not to pass by too often.
+constexpr std::size_t kBlockPanelGroups = 8;
 
 }  // namespace
 
@@ -289,8 +289,8 @@ WinogradLayout WinogradLayout::of(const ConvolutionCall& call) {
     WinogradLayout layout;
     layout.tilesWide = tiles(call.input.geometry.size.width);
     layout.tiles = layout.tilesWide * tiles(call.rows.end - call.rows.first);
-    layout.panelsInBlock = kPanelsInBlock;
     layout.inputGroups = groupsOf(call.input.planes.size());
+    layout.panelsInBlock = std::max<std::size_t>(1, kBlockPanelGroups / layout.inputGroups);
     return layout;
 }
 
