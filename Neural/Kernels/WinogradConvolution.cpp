@@ -1,6 +1,7 @@
 #include "Neural/Kernels/WinogradConvolution.h"
 
 #include <algorithm>
+#include <array>
 
 #include "Neural/Kernels/ConvolutionOutput.h"
 #include "Neural/Kernels/WinogradLayout.h"
@@ -302,20 +303,29 @@ void arrangeWinograd(std::span<const float> weights, ConvolutionWeights& to) {
     const std::size_t paddedOutputs = to.bias.size();
     to.weights.assign(kWinogradSpots * lanes * paddedOutputs, 0.0f);
     to.liveSpots.assign((paddedOutputs + kBlockOutputs - 1) / kBlockOutputs, 0);
-    for (std::size_t out = 0; out < outputs; ++out) {
-        const std::size_t block = out / kBlockOutputs;
+    std::array<std::array<double, kBlockOutputs>, kTaps> taps{};
+    std::array<std::array<double, kBlockOutputs>, kWinogradSpots> spots;
+    for (std::size_t block = 0; block < to.liveSpots.size(); ++block) {
         const std::size_t begin = block * kBlockOutputs;
         const std::size_t blockOutputs = std::min(kBlockOutputs, paddedOutputs - begin);
+        const std::size_t count = std::min(blockOutputs, outputs - begin);
+        for (auto& tap : taps) tap.fill(0);
         float* blockWeights = to.weights.data() + kWinogradSpots * lanes * begin;
         std::size_t in = 0;
         for (std::size_t plane = 0; plane < to.inputChannels.size(); ++plane) {
             for (int channel = 0; channel < to.inputChannels[plane]; ++channel, ++in) {
-                const auto spots = transformKernel(weights.data() + (out * inputs + in) * kTaps);
+                for (std::size_t n = 0; n < count; ++n) {
+                    const float* kernel = &weights[((begin + n) * inputs + in) * kTaps];
+                    for (std::size_t tap = 0; tap < kTaps; ++tap) taps[tap][n] = kernel[tap];
+                }
+                transformKernels(taps, spots);
                 const std::size_t lane = plane * kLanes + channel;
                 for (std::size_t spot = 0; spot < kWinogradSpots; ++spot) {
-                    blockWeights[(spot * lanes + lane) * blockOutputs + out - begin] =
-                        static_cast<float>(spots[spot]);
-                    if (spots[spot] != 0) to.liveSpots[block] |= std::uint64_t{1} << spot;
+                    std::copy_n(spots[spot].begin(), blockOutputs,
+                                blockWeights + (spot * lanes + lane) * blockOutputs);
+                    const bool live = std::any_of(spots[spot].begin(), spots[spot].end(),
+                                                  [](double value) { return value != 0; });
+                    if (live) to.liveSpots[block] |= std::uint64_t{1} << spot;
                 }
             }
         }

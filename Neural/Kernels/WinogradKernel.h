@@ -21,31 +21,43 @@ inline constexpr int kWinogradSpots = kWinogradPoints * kWinogradPoints;
 inline const std::array<double, 5> kWinogradFinitePoints{0.0, std::sqrt(0.5), -std::sqrt(0.5),
                                                          std::sqrt(2.0), -std::sqrt(2.0)};
 
-/// The kernel's side of the transform, by spot: row by row, kWinogradPoints a row.
-inline std::array<double, kWinogradSpots> transformKernel(const float* kernel) {
-    const auto transformed = [](double a, double b, double c) {
-        std::array<double, kWinogradPoints> values{};
-        for (std::size_t i = 0; i < kWinogradFinitePoints.size(); ++i) {
-            const double x = kWinogradFinitePoints[i];
-            double divisor = 1;
-            for (std::size_t j = 0; j < kWinogradFinitePoints.size(); ++j) {
-                if (j != i) divisor *= x - kWinogradFinitePoints[j];
-            }
-            values[i] = (a + x * b + x * x * c) / divisor;
+/// The kernel's side of the transform in one dimension, by point and tap.
+inline std::array<std::array<double, 3>, kWinogradPoints> kernelTransform() {
+    std::array<std::array<double, 3>, kWinogradPoints> matrix{};
+    for (std::size_t i = 0; i < kWinogradFinitePoints.size(); ++i) {
+        const double x = kWinogradFinitePoints[i];
+        double divisor = 1;
+        for (std::size_t j = 0; j < kWinogradFinitePoints.size(); ++j) {
+            if (j != i) divisor *= x - kWinogradFinitePoints[j];
         }
-        values.back() = c;
-        return values;
-    };
-    std::array<double, kWinogradSpots> spots{};
-    std::array<std::array<double, kWinogradPoints>, 3> columns;
-    for (int x = 0; x < 3; ++x) {
-        columns[x] = transformed(kernel[x], kernel[3 + x], kernel[6 + x]);
+        matrix[i] = {1 / divisor, x / divisor, x * x / divisor};
     }
+    matrix.back() = {0, 0, 1};
+    return matrix;
+}
+
+/// `kCount` kernels at once, by tap, into their transforms by spot: row by row, kWinogradPoints a
+/// row.
+template <std::size_t kCount>
+void transformKernels(const std::array<std::array<double, kCount>, 9>& taps,
+                      std::array<std::array<double, kCount>, kWinogradSpots>& spots) {
+    static const auto matrix = kernelTransform();
     for (int y = 0; y < kWinogradPoints; ++y) {
-        const auto row = transformed(columns[0][y], columns[1][y], columns[2][y]);
-        for (int x = 0; x < kWinogradPoints; ++x) spots[y * kWinogradPoints + x] = row[x];
+        std::array<std::array<double, kCount>, 3> columns;
+        for (int x = 0; x < 3; ++x) {
+            for (std::size_t n = 0; n < kCount; ++n) {
+                columns[x][n] = matrix[y][0] * taps[x][n] + matrix[y][1] * taps[3 + x][n] +
+                                matrix[y][2] * taps[6 + x][n];
+            }
+        }
+        for (int x = 0; x < kWinogradPoints; ++x) {
+            for (std::size_t n = 0; n < kCount; ++n) {
+                spots[y * kWinogradPoints + x][n] = matrix[x][0] * columns[0][n] +
+                                                    matrix[x][1] * columns[1][n] +
+                                                    matrix[x][2] * columns[2][n];
+            }
+        }
     }
-    return spots;
 }
 
 }  // namespace quillmere::neural
