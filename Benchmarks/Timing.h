@@ -1,0 +1,77 @@
+// How times are taken: several runs by turns, and what they have in common.
+#pragma once
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <span>
+#include <thread>
+#include <vector>
+
+namespace quillmere::benchmark {
+
+/// The middle of several samples and the quartiles around it, all in one unit. One bad moment of
+/// the machine moves none of them, as it would a mean or a smallest value.
+struct Spread {
+    double lower = 0;
+    double median = 0;
+    double upper = 0;
+};
+
+/// `samples` must not be empty. Between two samples, quantiles are interpolated.
+inline Spread spreadOf(std::vector<double> samples) {
+    std::sort(samples.begin(), samples.end());
+    const auto quantile = [&](double part) {
+        const double at = part * static_cast<double>(samples.size() - 1);
+        const auto below = static_cast<std::size_t>(at);
+        const auto above = std::min(below + 1, samples.size() - 1);
+        return samples[below] +
+               (at - static_cast<double>(below)) * (samples[above] - samples[below]);
+    };
+    return {quantile(0.25), quantile(0.5), quantile(0.75)};
+}
+
+/// The wall time of one call, in seconds.
+template <class Work>
+double secondsOf(const Work& work) {
+    using Clock = std::chrono::steady_clock;
+    const Clock::time_point start = Clock::now();
+    work();
+    return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+/// How often something is measured: until `seconds` have passed, but never less than `least` nor
+/// more than `most` times.
+struct Rounds {
+    int least = 1;
+    int most = 1;
+    double seconds = 0;
+};
+
+/// Before each turn: until the threads of the one before sleep, and leave the cores alone.
+inline constexpr std::chrono::milliseconds kPause{2};
+
+/// Calls every contestant once a round, each for one sample of its own making, so that what slows
+/// the machine for a while meets all of them. Every second round goes backwards: nobody always
+/// finds the caches as the same neighbour left them. The result goes with `contestants`.
+inline std::vector<Spread> takeTurns(const Rounds& rounds,
+                                     std::span<const std::function<double()>> contestants) {
+    std::vector<std::vector<double>> samples(contestants.size());
+    const auto start = std::chrono::steady_clock::now();
+    const auto late = [&] {
+        return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count() >
+               rounds.seconds;
+    };
+    for (int round = 0; round < rounds.least || (round < rounds.most && !late()); ++round) {
+        for (std::size_t i = 0; i < contestants.size(); ++i) {
+            const std::size_t turn = round % 2 == 0 ? i : contestants.size() - 1 - i;
+            std::this_thread::sleep_for(kPause);
+            samples[turn].push_back(contestants[turn]());
+        }
+    }
+    std::vector<Spread> spreads;
+    for (std::vector<double>& taken : samples) spreads.push_back(spreadOf(std::move(taken)));
+    return spreads;
+}
+
+}  // namespace quillmere::benchmark
