@@ -19,7 +19,7 @@ OurLayer::OurLayer(const LayerShape& shape, const LayerData& data, WorkerPool& p
     : pool_(pool),
       scratch_(pool.threadCount()),
       arena_(planesFor(shape.inputs) + planesFor(shape.outputs)) {
-    const auto geometry = neural::PlaneGeometry::of(data.size, shape.kernel / 2);
+    const auto geometry = neural::PlaneGeometry::of(data.size, neural::reachOf(shape.kernel));
     input_ = planes(shape.inputs, geometry);
     output_ = planes(shape.outputs, geometry);
     neural::readPlanar(data.source.data(), input_, pool);

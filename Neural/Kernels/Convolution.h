@@ -16,8 +16,8 @@ namespace quillmere::neural {
 /// Outputs that kernels compute together: two planes.
 inline constexpr int kGroupOutputs = 2 * kLanes;
 
-/// How a convolution is computed: `winograd` for 3x3 kernels with enough channels on both sides,
-/// `narrow` for a handful of outputs, `direct` for the rest.
+/// How a convolution is computed: `winograd` for 3x3 and 5x5 kernels with enough channels on both
+/// sides, `narrow` for a handful of outputs, `direct` for the rest.
 enum class ConvolutionAlgorithm { direct, narrow, winograd };
 
 /// The weights of one convolution in the order in which its kernel reads them. The arrangement is
@@ -52,6 +52,9 @@ struct ConvolutionWeights {
 /// to its right, and so on: the order `phaseFirst` of a depth-to-space.
 std::vector<float> foldEnlargement(int factor, std::size_t outputs, std::span<const float> weights);
 
+/// How many pixels around a plane a kernel may read; not all of them count.
+constexpr int reachOf(int kernel) { return kernel == 5 ? 3 : kernel / 2; }
+
 /// Planes that are added to a result, `factor` times.
 struct Addend {
     PlaneList planes;
@@ -66,9 +69,9 @@ struct RowRange {
 
 /// One convolution to compute: output = activation(convolution + bias) + sum of the addends.
 ///
-/// Input and output have one size, share no plane, and the halo is at least kernel / 2. With a
-/// `shuffle` other than 1 the output has `shuffle` times the input's size, and takes the results by
-/// depth to space in the order `phaseFirst`; it then has only full planes. Addends have the
+/// Input and output have one size, share no plane, and the halo is at least `reachOf(kernel)`. With
+/// a `shuffle` other than 1 the output has `shuffle` times the input's size, and takes the results
+/// by depth to space in the order `phaseFirst`; it then has only full planes. Addends have the
 /// output's size and as many planes.
 struct ConvolutionCall {
     const ConvolutionWeights& weights;

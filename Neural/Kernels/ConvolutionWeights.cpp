@@ -13,7 +13,7 @@ constexpr int kLeastWinogradChannels = 16;
 
 ConvolutionAlgorithm algorithmFor(int kernel, int inputs, int outputs) {
     if (outputs <= kMostNarrowOutputs) return ConvolutionAlgorithm::narrow;
-    if (kernel == 3 && inputs >= kLeastWinogradChannels && outputs >= kLeastWinogradChannels) {
+    if (kernel >= 3 && inputs >= kLeastWinogradChannels && outputs >= kLeastWinogradChannels) {
         return ConvolutionAlgorithm::winograd;
     }
     return ConvolutionAlgorithm::direct;

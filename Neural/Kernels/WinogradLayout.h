@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <vector>
 
 #include "Neural/Kernels/Convolution.h"
 #include "Neural/Kernels/WinogradKernel.h"
@@ -27,6 +28,7 @@ struct WinogradLayout {
     std::size_t tilesWide = 0;
     std::size_t tiles = 0;
     std::size_t panelsInBlock = 0;
+    std::vector<Plane> planes;  // of the input
     std::size_t inputGroups = 0;
 
     static WinogradLayout of(const ConvolutionCall& call);

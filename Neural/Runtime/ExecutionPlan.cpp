@@ -4,6 +4,7 @@
 #include <map>
 #include <utility>
 
+#include "Neural/Kernels/Convolution.h"
 #include "Neural/Kernels/Plane.h"
 
 namespace quillmere::neural {
@@ -102,7 +103,7 @@ private:
             return;
         }
         if (const auto* fused = std::get_if<FusedConvolution>(&step.work)) {
-            plan_.halo = std::max(plan_.halo, fused->convolution.kernel / 2);
+            plan_.halo = std::max(plan_.halo, reachOf(fused->convolution.kernel));
         }
         nameFullPlanes(step.output, stage);
     }

@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "Neural/Kernels/Convolution.h"
 #include "Neural/Kernels/Plane.h"
 
 namespace quillmere::neural {
@@ -147,7 +148,7 @@ private:
 struct Needs {
     std::vector<RowNeed> operator()(const FusedConvolution& work) const {
         std::vector<RowNeed> needs{
-            {work.convolution.input, work.enlargement, work.convolution.kernel / 2}};
+            {work.convolution.input, work.enlargement, reachOf(work.convolution.kernel)}};
         for (const auto& addend : work.addends) needs.push_back({addend.value, 1, 0});
         return needs;
     }

@@ -37,6 +37,7 @@ const std::vector<Case> kCases{
     {"OutputsOfThreePlanes", 3, [](RandomGraph& g) { g.convolve("out", "in", 24, 3); }},
     {"Winograd", 16, [](RandomGraph& g) { g.convolve("out", "in", 32, 3); }},
     {"WinogradOfOddPlanesToOddGroups", 20, [](RandomGraph& g) { g.convolve("out", "in", 52, 3); }},
+    {"WinogradOfKernel5", 24, [](RandomGraph& g) { g.convolve("out", "in", 17, 5); }},
     {"Relu", 4,
      [](RandomGraph& g) {
          g.convolve("conv", "in", 9, 3);
