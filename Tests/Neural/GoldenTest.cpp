@@ -15,7 +15,7 @@
 namespace quillmere::neural {
 namespace {
 
-constexpr double kLeastPsnr = 55;
+constexpr double kLeastPsnr = 60;
 constexpr int kChannels = 3;
 
 struct Case {
