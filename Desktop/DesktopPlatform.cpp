@@ -18,7 +18,7 @@ DesktopPlatform::DesktopPlatform(ResourceBundle bundle, StringsFile strings)
     : bundle_(std::move(bundle)),
       strings_(std::move(strings)),
       coreImage_(pool_),
-      coreML_(pool_),
+      coreML_(networks_),
       vision_(coreImage_) {}
 
 }  // namespace quillmere

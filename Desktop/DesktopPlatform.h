@@ -16,6 +16,7 @@
 #include "Desktop/ImageIO/DesktopImageIO.h"
 #include "Desktop/Localization/StringsFile.h"
 #include "Desktop/Vision/DesktopVision.h"
+#include "Neural/Runtime/NetworkCache.h"
 
 namespace quillmere {
 
@@ -41,6 +42,7 @@ private:
     DesktopPlatform(ResourceBundle bundle, StringsFile strings);
 
     WorkerPool pool_;
+    neural::NetworkCache networks_{pool_};
     DesktopDispatch dispatch_;
     ResourceBundle bundle_;
     StringsFile strings_;

@@ -40,7 +40,7 @@ MLFeatureProviderRef makeFeatureProvider(
 
 Result<MLModelRef> DesktopCoreML::modelWithContentsOfURL(const std::filesystem::path& url,
                                                          const MLModelConfiguration&) {
-    auto network = neural::Network::load(url, pool_);
+    auto network = networks_.load(url);
     if (!network) return network.error();
     return MLModelRef(std::make_shared<NetworkModel>(*std::move(network)));
 }

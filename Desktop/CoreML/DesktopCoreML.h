@@ -1,7 +1,7 @@
 // Networks on the desktop: compiled models, run by the neural runtime.
 #pragma once
 
-#include "Base/WorkerPool.h"
+#include "Neural/Runtime/NetworkCache.h"
 #include "Platform/CoreML/CoreML.h"
 
 namespace quillmere {
@@ -10,9 +10,9 @@ inline constexpr const char* coreMLErrorDomain = "quillmere.coreml";
 
 class DesktopCoreML final : public CoreML {
 public:
-    /// The networks run on `pool`, which outlives the models.
-    explicit DesktopCoreML(WorkerPool& pool) : pool_(pool) {}
+    explicit DesktopCoreML(neural::NetworkCache& networks) : networks_(networks) {}
 
+    /// Blocks only where `networks` does not have the model; the models may share one network.
     Result<MLModelRef> modelWithContentsOfURL(const std::filesystem::path& url,
                                               const MLModelConfiguration& configuration) override;
     Result<MLMultiArrayRef> multiArrayWithShape(const std::vector<std::size_t>& shape,
@@ -21,7 +21,7 @@ public:
         std::vector<std::pair<std::string, MLFeatureValue>> features) override;
 
 private:
-    WorkerPool& pool_;
+    neural::NetworkCache& networks_;
 };
 
 /// A provider of just these features; of several with one name the first counts.

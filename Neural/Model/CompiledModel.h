@@ -16,10 +16,9 @@ namespace quillmere::neural {
 /// A compiled model that can be run.
 ///
 /// `open` checks all structure and all sizes, so that nothing in a damaged or hostile directory
-/// can lead a reader astray, but it doesn't read the weights: a model is opened for every run, and
-/// the checksum of 56 MB would cost more than the run's start. `verify` reads everything; whoever
-/// puts a model in place calls it once. Weights that changed afterwards give a wrong picture,
-/// never a crash.
+/// can lead a reader astray, but it doesn't read the weights: `verify` does. Whoever puts a model
+/// in place verifies all of it, whoever uses a tensor may verify that one alone. Weights that
+/// nobody verified give a wrong picture at worst, never a crash.
 class CompiledModel {
 public:
     static Result<CompiledModel> open(const std::filesystem::path& directory);
@@ -32,6 +31,8 @@ public:
 
     /// Compares graph, weights and every single tensor with their checksums.
     Result<void> verify() const;
+    /// Compares one tensor with its checksum.
+    Result<void> verify(TensorId id) const;
 
 private:
     CompiledModel() = default;

@@ -7,6 +7,8 @@
 #include <span>
 #include <string>
 
+#include "Neural/Model/Sha256Blocks.h"
+
 namespace quillmere::neural {
 
 /// A running digest. Not a defence against timing, only a check that bytes are what they were.
@@ -19,10 +21,8 @@ public:
     static std::string of(std::span<const std::byte> bytes);
 
 private:
-    void compress(const std::byte* block);
-
-    std::array<std::uint32_t, 8> state_{0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
-                                        0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
+    Sha256State state_{0x6a09e667, 0xbb67ae85, 0x3c6ef372, 0xa54ff53a,
+                       0x510e527f, 0x9b05688c, 0x1f83d9ab, 0x5be0cd19};
     std::array<std::byte, 64> pending_{};
     std::size_t pendingSize_ = 0;
     std::uint64_t total_ = 0;

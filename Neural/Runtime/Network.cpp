@@ -49,14 +49,21 @@ Network::Network(std::unique_ptr<const Parts> parts) : parts_(std::move(parts)) 
 Network::~Network() = default;
 
 Result<std::shared_ptr<const Network>> Network::load(const std::filesystem::path& directory,
-                                                     WorkerPool& pool) try {
+                                                     WorkerPool& pool) {
+    WeightsTable table;
+    return load(directory, pool, table);
+}
+
+Result<std::shared_ptr<const Network>> Network::load(const std::filesystem::path& directory,
+                                                     WorkerPool& pool, WeightsTable& table) try {
     auto model = CompiledModel::open(directory);
     if (!model) return model.error();
     Schedule schedule = Schedule::of(model->graph(), model->shapes());
     ExecutionPlan plan = ExecutionPlan::of(schedule);
-    PreparedWeights weights = PreparedWeights::of(*model, schedule, plan, pool);
+    auto weights = PreparedWeights::of(*model, schedule, plan, pool, table);
+    if (!weights) return weights.error();
     auto parts = std::make_unique<const Parts>(
-        Parts{model->graph(), std::move(schedule), std::move(plan), std::move(weights), pool});
+        Parts{model->graph(), std::move(schedule), std::move(plan), *std::move(weights), pool});
     return std::shared_ptr<const Network>(new Network(std::move(parts)));
 } catch (const std::bad_alloc&) {
     return makeError(ErrorCode::outOfMemory, "There is not enough memory to load the network.");

@@ -11,6 +11,7 @@
 #include "Base/Result.h"
 #include "Base/WorkerPool.h"
 #include "Neural/Model/PlanarImage.h"
+#include "Neural/Runtime/WeightsTable.h"
 
 namespace quillmere::neural {
 
@@ -34,10 +35,15 @@ struct MutableImageView {
 /// All errors have the domain "quillmere.neural" and a code of `ErrorCode`.
 class Network {
 public:
-    /// Maps and checks the compiled model in `directory` and prepares its weights on the pool.
-    /// What is checked, and what is not, `CompiledModel` says.
+    /// Maps and checks the compiled model in `directory` and prepares its weights on the pool,
+    /// which takes a second of the processor for the largest: `NetworkCache` loads repeatedly.
+    /// Every tensor is compared with its checksum; `CompiledModel` says what else is checked.
     static Result<std::shared_ptr<const Network>> load(const std::filesystem::path& directory,
                                                        WorkerPool& pool);
+    /// The same, sharing equal weights with the other networks of `table`, which need not outlive
+    /// the network.
+    static Result<std::shared_ptr<const Network>> load(const std::filesystem::path& directory,
+                                                       WorkerPool& pool, WeightsTable& table);
     ~Network();
     Network(const Network&) = delete;
     Network& operator=(const Network&) = delete;

@@ -87,6 +87,7 @@ const Knows mayKnow[] = {
     {"Neural/", {"Neural/", "Base/"}},
     {"Desktop/CoreML/", networks},
     {"Desktop/Vision/", networks},
+    {"Desktop/DesktopPlatform.h", networks},
     {"Desktop/", adapters},
     {"CommandLine/", {"CommandLine/", "Desktop/", "Quillmere/", "Platform/", "Base/"}},
 };

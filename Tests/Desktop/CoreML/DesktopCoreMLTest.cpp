@@ -6,7 +6,11 @@
 #include <limits>
 
 #include "Desktop/Application/ResourceBundle.h"
+#include "Desktop/Dispatch/DesktopDispatch.h"
 #include "Quillmere/Models/Enhance/ModelAdapters.h"
+#include "Quillmere/Models/Enhance/ModelCatalogue.h"
+#include "Quillmere/Models/Enhance/ModelWarmUp.h"
+#include "Tests/Fakes/FakeConsole.h"
 
 namespace quillmere {
 namespace {
@@ -14,7 +18,8 @@ namespace {
 class DesktopCoreMLAdapter : public testing::Test {
 protected:
     WorkerPool pool;
-    DesktopCoreML coreML{pool};
+    neural::NetworkCache networks{pool};
+    DesktopCoreML coreML{networks};
     ResourceBundle bundle{std::filesystem::path(QUILLMERE_MODELS_DIR).parent_path()};
     CVPixelBufferRef picture = [] {
         auto buffer = std::make_shared<CVPixelBuffer>(PixelSize{8, 6}, CVPixelFormat::rgba8);
@@ -69,6 +74,18 @@ TEST_F(DesktopCoreMLAdapter, AModelThatIsNotThereIsAnError) {
     EXPECT_FALSE(coreML.modelWithContentsOfURL("/no/such/model.mlmodelc", {}));
     EXPECT_FALSE(bundle.urlForResource("missing", "json"));
     EXPECT_TRUE(bundle.urlForResource("missing", "mlmodelc")) << "loading it is what fails";
+}
+
+TEST_F(DesktopCoreMLAdapter, TheFirstConversionPreparesWhatTheWarmUpPrepared) {
+    CallLog log;
+    FakeConsole console{log};
+    DesktopDispatch dispatch;
+    const ModelCatalogue catalogue(coreML, bundle);
+    ModelWarmUp(catalogue, coreML, dispatch, console).warmUpModel(EnhanceStyle::superSpeed);
+    const auto prepared = networks.preparations();
+    EXPECT_GT(prepared, 0u);
+    EXPECT_TRUE(catalogue.makeModel(EnhanceStyle::superSpeed));
+    EXPECT_EQ(networks.preparations(), prepared);
 }
 
 }  // namespace

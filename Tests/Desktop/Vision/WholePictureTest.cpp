@@ -133,7 +133,8 @@ protected:
     DesktopDispatch dispatch;
     DesktopGraphics graphics;
     DesktopCoreImage coreImage{pool};
-    DesktopCoreML coreML{pool};
+    neural::NetworkCache networks{pool};
+    DesktopCoreML coreML{networks};
     DesktopVision vision{coreImage};
     ModelCatalogue catalogue{coreML, bundle};
     TileEngine engine{{userDefaults, graphics, coreImage, vision, catalogue, dispatch, analytics,
