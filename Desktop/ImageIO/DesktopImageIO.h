@@ -1,4 +1,4 @@
-// Picture files on the desktop: libvips for all formats but BMP.
+// Picture files on the desktop: libvips for most, libheif for writing HEIC, our own reader for BMP.
 #pragma once
 
 #include "Platform/ImageIO/ImageIO.h"
