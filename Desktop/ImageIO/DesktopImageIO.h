@@ -1,4 +1,4 @@
-// Picture files on the desktop: libvips for most, libheif for writing HEIC, our own reader for BMP.
+// Picture files on the desktop: libvips, and the formats' own libraries where it is slow.
 #pragma once
 
 #include "Platform/ImageIO/ImageIO.h"
