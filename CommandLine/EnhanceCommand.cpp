@@ -28,35 +28,46 @@ EnhanceCommand::EnhanceCommand(DesktopPlatform& platform, Interruption& interrup
       limit_(options.limit),
       engine_({limit_, platform.graphics(), platform.coreImage(), platform.vision(), catalogue_,
                platform.dispatch(), platform.analytics(), platform.localization(),
-               platform.console()}) {}
+               platform.console()}),
+      save_(platform.dispatch()) {}
 
 int EnhanceCommand::run() {
-    bool allDone = true;
-    for (const std::filesystem::path& input : options_.inputs) {
-        allDone = runOne(input) && allDone;
-    }
-    return allDone ? 0 : 1;
+    for (const std::filesystem::path& input : options_.inputs) runOne(input);
+    save_.finish();
+    return allDone_ ? 0 : 1;
 }
 
-/// One picture on its way; lives on the main thread.
+/// One picture that is being enlarged; lives on the main thread.
 struct EnhanceCommand::Job {
     std::filesystem::path input;
     std::chrono::nanoseconds start;
     float fraction = 0;
-    std::optional<Result<PixelSize>> result;
+    std::optional<Result<UIImage>> result;
 };
 
-bool EnhanceCommand::runOne(const std::filesystem::path& input) {
+void EnhanceCommand::runOne(const std::filesystem::path& input) {
     const Result<OutputFile> output = outputs_.outputFor(input);
-    if (!output) {
-        reporter_.failed(input, output.error().localizedDescription);
-        return false;
-    }
+    if (!output) return fail(input, output.error());
 
+    // What is not there yet may be the result that is still being saved.
+    std::error_code ignored;
+    if (!std::filesystem::exists(input, ignored)) save_.finish();
+
+    const auto job = std::make_shared<Job>(Job{input, platform_.dispatch().now(), 0, std::nullopt});
+    Result<UIImage> picture = enlargeInBackground(job);
+    if (!picture) return fail(input, picture.error());
+    save_.start(
+        [this, picture = *std::move(picture), output = *output] { return save(picture, output); },
+        [this, input, output = *output, start = job->start](const Result<PixelSize>& size) {
+            if (!size) return fail(input, size.error());
+            reporter_.succeeded(input, output.path, *size, platform_.dispatch().now() - start);
+        });
+}
+
+Result<UIImage> EnhanceCommand::enlargeInBackground(const std::shared_ptr<Job>& job) {
     DesktopDispatch& dispatch = platform_.dispatch();
-    const auto job = std::make_shared<Job>(Job{input, dispatch.now(), 0, std::nullopt});
-    dispatch.globalQueue(QualityOfService::userInitiated).async([this, job, output = *output] {
-        Result<PixelSize> done = enhance(job->input, output, [this, job](float fraction) {
+    dispatch.globalQueue(QualityOfService::userInitiated).async([this, job] {
+        Result<UIImage> done = enlarge(job->input, [this, job](float fraction) {
             job->fraction = fraction;
             redraw(*job);
         });
@@ -65,13 +76,7 @@ bool EnhanceCommand::runOne(const std::filesystem::path& input) {
     });
     keepRedrawing(job);
     dispatch.mainQueue().runUntil([&] { return job->result.has_value(); });
-
-    if (!*job->result) {
-        reporter_.failed(input, job->result->error().localizedDescription);
-        return false;
-    }
-    reporter_.succeeded(input, output->path, **job->result, dispatch.now() - job->start);
-    return true;
+    return *std::move(job->result);
 }
 
 void EnhanceCommand::redraw(const Job& job) {
@@ -87,31 +92,22 @@ void EnhanceCommand::keepRedrawing(const std::weak_ptr<Job>& job) {
                                                 [this, job] { keepRedrawing(job); });
 }
 
-Result<PixelSize> EnhanceCommand::enhance(const std::filesystem::path& input,
-                                          const OutputFile& output,
-                                          const TileEngine::Progress& progress) {
+void EnhanceCommand::fail(const std::filesystem::path& input, const Error& error) {
+    save_.finish();
+    reporter_.failed(input, error.localizedDescription);
+    allDone_ = false;
+}
+
+Result<UIImage> EnhanceCommand::enlarge(const std::filesystem::path& input,
+                                        const TileEngine::Progress& progress) {
     const auto data = platform_.fileManager().contentsOfFile(input);
     if (!data) return data.error();
     const auto picture = platform_.imageIO().imageWithData(*data);
     if (!picture) return picture.error();
-    const auto enlarged = enlarge(*picture, progress);
-    if (!enlarged) return enlarged.error();
-    const auto encoded = encode(*enlarged, output.format);
-    if (!encoded) return encoded.error();
 
-    const auto lock = interruption_.whileWriting();
-    const auto written = platform_.fileManager().writeFile(
-        output.path, *encoded, options_.force ? WriteExisting::replace : WriteExisting::refuse);
-    if (!written) return written.error();
-    const Size size = enlarged->size();
-    return PixelSize{static_cast<int>(size.width), static_cast<int>(size.height)};
-}
-
-Result<UIImage> EnhanceCommand::enlarge(const UIImage& picture,
-                                        const TileEngine::Progress& progress) {
     std::optional<UIImage> result;
     std::optional<std::string> firstFailure;
-    engine_.enhanceImage(options_.style, picture, progress,
+    engine_.enhanceImage(options_.style, *picture, progress,
                          [&](std::optional<UIImage> made, std::optional<std::string> text) {
                              if (made) result = std::move(made);
                              if (text && !firstFailure) firstFailure = std::move(text);
@@ -124,6 +120,17 @@ Result<UIImage> EnhanceCommand::enlarge(const UIImage& picture,
                        "what is missing, or install Quillmere again.");
     }
     return *std::move(result);
+}
+
+Result<PixelSize> EnhanceCommand::save(const UIImage& picture, const OutputFile& output) {
+    const auto encoded = encode(picture, output.format);
+    if (!encoded) return encoded.error();
+    const auto lock = interruption_.whileWriting();
+    const auto written = platform_.fileManager().writeFile(
+        output.path, *encoded, options_.force ? WriteExisting::replace : WriteExisting::refuse);
+    if (!written) return written.error();
+    const Size size = picture.size();
+    return PixelSize{static_cast<int>(size.width), static_cast<int>(size.height)};
 }
 
 Result<std::vector<std::byte>> EnhanceCommand::encode(const UIImage& picture,

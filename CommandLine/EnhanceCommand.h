@@ -1,4 +1,4 @@
-// `quillmere-cli enhance`: pictures in, enlarged pictures out, one after another.
+// `quillmere-cli enhance`: pictures in, enlarged pictures out, in the order of the inputs.
 #pragma once
 
 #include <filesystem>
@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Base/Result.h"
+#include "CommandLine/BackgroundSave.h"
 #include "CommandLine/Interruption.h"
 #include "CommandLine/LimitOption.h"
 #include "CommandLine/Options.h"
@@ -16,7 +17,8 @@
 
 namespace quillmere::cli {
 
-/// Runs on the main thread, which pumps the main queue while a global queue does the work.
+/// Runs on the main thread, which pumps the main queue while global queues do the work: one picture
+/// is read and enlarged while the result before it is encoded and written.
 class EnhanceCommand {
 public:
     EnhanceCommand(DesktopPlatform& platform, Interruption& interruption,
@@ -26,18 +28,21 @@ public:
     int run();
 
 private:
-    /// Reads, enlarges and writes one picture; gives the result's size. Not on the main thread.
-    Result<PixelSize> enhance(const std::filesystem::path& input, const OutputFile& output,
-                              const TileEngine::Progress& progress);
-    Result<UIImage> enlarge(const UIImage& picture, const TileEngine::Progress& progress);
-    Result<std::vector<std::byte>> encode(const UIImage& picture, PictureFormat format);
-
     struct Job;
 
-    bool runOne(const std::filesystem::path& input);
+    void runOne(const std::filesystem::path& input);
+    /// Pumps the main queue until the job's picture is read and enlarged, or failed.
+    Result<UIImage> enlargeInBackground(const std::shared_ptr<Job>& job);
     void redraw(const Job& job);
     /// Draws the progress again and again until the job is over, so that the time left moves.
     void keepRedrawing(const std::weak_ptr<Job>& job);
+    void fail(const std::filesystem::path& input, const Error& error);
+
+    // Not on the main thread.
+    Result<UIImage> enlarge(const std::filesystem::path& input,
+                            const TileEngine::Progress& progress);
+    Result<PixelSize> save(const UIImage& picture, const OutputFile& output);
+    Result<std::vector<std::byte>> encode(const UIImage& picture, PictureFormat format);
 
     DesktopPlatform& platform_;
     Interruption& interruption_;
@@ -47,6 +52,8 @@ private:
     ModelCatalogue catalogue_;
     LimitOption limit_;
     TileEngine engine_;
+    BackgroundSave save_;
+    bool allDone_ = true;
 };
 
 }  // namespace quillmere::cli

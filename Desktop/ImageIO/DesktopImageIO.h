@@ -1,4 +1,4 @@
-// Picture files on the desktop: libvips for all formats but BMP.
+// Picture files on the desktop: libvips, and the formats' own libraries where it is slow.
 #pragma once
 
 #include "Platform/ImageIO/ImageIO.h"

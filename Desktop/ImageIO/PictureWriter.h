@@ -20,7 +20,7 @@ Result<std::vector<std::byte>> writeJPEG(const UIImage& picture, double quality)
 Result<std::vector<std::byte>> writePNG(const UIImage& picture);
 
 /// Transparent places on black; colour at half resolution, the only kind that players in hardware
-/// and phones decode; sides of up to 16,384 pixels.
+/// and phones decode; sides of up to 16,383 pixels.
 Result<std::vector<std::byte>> writeHEIC(const UIImage& picture, double quality);
 
 }  // namespace quillmere

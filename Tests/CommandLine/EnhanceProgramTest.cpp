@@ -58,6 +58,36 @@ TEST_F(EnhanceProgram, OneFailedInputDoesNotStopTheOthers) {
               (Names{"a.png", "a_original.jpg", "b.png", "c.png", "c_original.jpg"}));
 }
 
+// The first takes long to encode, the second can't be encoded, the third can't be read: all while
+// another is already under way.
+TEST_F(EnhanceProgram, TellsOfResultsThatAreSavedBehindTheNextPictureInTheirOrder) {
+    writePicture("slow.png", {2000, 1500});
+    writePicture("long.png", {16384, 1});
+    folder.write("broken.png", "broken");
+    writePicture("quick.png", {2, 2});
+    const std::vector<std::string> inputs = {"slow.png", "long.png", "broken.png", "quick.png"};
+    std::vector<std::string> arguments = inputs;
+    arguments.insert(arguments.end(), {"--style", "original", "--format", "heic", "--json"});
+    const auto result = enhance(arguments);
+    EXPECT_EQ(result.exitCode, 1);
+    const auto objects = objectsOf(result.out);
+    ASSERT_EQ(objects.size(), inputs.size());
+    for (std::size_t i = 0; i < inputs.size(); ++i) {
+        EXPECT_EQ(objects[i]["input"], inputs[i]);
+        EXPECT_EQ(objects[i]["ok"], i == 0 || i == 3) << inputs[i];
+    }
+    EXPECT_LT(result.err.find("too large for HEIC"), result.err.find("not a picture"));
+    EXPECT_EQ(folder.names(), (Names{"slow.png", "slow_original.heic", "long.png", "broken.png",
+                                     "quick.png", "quick_original.heic"}));
+}
+
+TEST_F(EnhanceProgram, AResultMayBeALaterInput) {
+    writePicture("a.png", {2000, 1500});
+    const auto result = enhance({"a.png", "a_original.jpg", "--style", "original"});
+    EXPECT_EQ(result.exitCode, 0) << result.err;
+    EXPECT_EQ(read(folder / "a_original_original.jpg").size(), (Size{2000, 1500}));
+}
+
 TEST_F(EnhanceProgram, QuietSaysNothingButErrors) {
     writePicture("a.png", {2, 2});
     const auto good = enhance({"a.png", "--style", "original", "--quiet"});

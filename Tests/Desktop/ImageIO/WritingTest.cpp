@@ -102,13 +102,14 @@ TEST(Writing, AJPEGKeepsColoursThatChangeWithEveryPixel) {
 
 TEST(Writing, QualityTradesSizeForFaithfulnessAndIsCutToItsRange) {
     const UIImage picture(*read(pictureFile("noise.png"))->cgImage());
-    const auto size = [&](double quality) {
-        return DesktopImageIO().jpegRepresentation(picture, quality)->size();
-    };
-    EXPECT_LT(size(0.3), size(0.9));
-    EXPECT_LT(size(0.9), size(1));
-    EXPECT_EQ(size(7), size(1));
-    EXPECT_EQ(size(-1), size(0));
+    for (const auto write : {&ImageIO::jpegRepresentation, &ImageIO::heicRepresentation}) {
+        DesktopImageIO files;
+        const auto size = [&](double quality) { return (files.*write)(picture, quality)->size(); };
+        EXPECT_LT(size(0.3), size(0.9));
+        EXPECT_LT(size(0.9), size(1));
+        EXPECT_EQ(size(7), size(1));
+        EXPECT_EQ(size(-1), size(0));
+    }
 }
 
 TEST(Writing, WhatAFormatCannotHoldIsAClearError) {
@@ -118,7 +119,7 @@ TEST(Writing, WhatAFormatCannotHoldIsAClearError) {
         const char* text;
     } failures[] = {
         {jpeg(plain(65501, 1, 0xff)), ImageIOErrorCode::tooLarge, "65501 by 1 pixels"},
-        {heic(plain(1, 16385, 0xff)), ImageIOErrorCode::tooLarge, "1 by 16385 pixels"},
+        {heic(plain(1, 16384, 0xff)), ImageIOErrorCode::tooLarge, "1 by 16384 pixels"},
         {png(plain(1000001, 1, 0xff)), ImageIOErrorCode::tooLarge, "1000001 by 1 pixels"},
         {jpeg(UIImage::withoutBitmap({2, 2})), ImageIOErrorCode::noBitmap, "no picture"},
         {png(UIImage::withoutBitmap({2, 2})), ImageIOErrorCode::noBitmap, "no picture"},
@@ -140,6 +141,21 @@ TEST(Writing, TheLongestAndTheSmallestPicturesAreWritten) {
         ASSERT_TRUE(pixel);
         EXPECT_EQ(pixel->cgImage()->size(), (PixelSize{1, 1}));
         EXPECT_LE(difference(colourAt(*pixel->cgImage(), 0, 0), 0x204060ff), 4);
+    }
+}
+
+// The encoder works on even sides and whole blocks: what it adds must not show.
+TEST(Writing, AHEICOfAnySizeComesBackWithThatSizeAndItsEdges) {
+    for (const PixelSize size :
+         {PixelSize{1, 2}, {2, 1}, {7, 65}, {15, 16}, {63, 64}, {129, 3}, {16383, 1}, {1, 16383}}) {
+        const Result<UIImage> picture = read(*heic(plain(size.width, size.height, 0x204060ff)));
+        ASSERT_TRUE(picture) << size.width << " by " << size.height;
+        const CGImage& bitmap = *picture->cgImage();
+        ASSERT_EQ(bitmap.size(), size);
+        for (const auto& [x, y] : {std::pair{0, 0}, {size.width - 1, size.height - 1}}) {
+            EXPECT_LE(difference(colourAt(bitmap, x, y), 0x204060ff), 4)
+                << size.width << " by " << size.height << " at " << x << ',' << y;
+        }
     }
 }
 
