@@ -10,7 +10,7 @@
 #include "Benchmarks/Table.h"
 #include "Benchmarks/Timing.h"
 #include "Neural/Model/CompiledModel.h"
-#include "Neural/Runtime/Network.h"
+#include "Neural/Runtime/NetworkCache.h"
 
 namespace quillmere::benchmark {
 namespace {
@@ -51,9 +51,10 @@ void measureLoading(const Setting& setting) {
 
 int loadTwice(const std::string& directory) {
     WorkerPool pool;
+    neural::NetworkCache cache(pool);
     for (int time = 0; time < 2; ++time) {
         std::optional<Result<std::shared_ptr<const neural::Network>>> network;
-        const double seconds = secondsOf([&] { network = neural::Network::load(directory, pool); });
+        const double seconds = secondsOf([&] { network = cache.load(directory); });
         if (!*network) return 1;
         std::printf("%f\n", seconds);
     }

@@ -50,16 +50,16 @@ private:
         if (enlargement == nullptr || operation.kernel != 3 || enlargement->factor > kLargestFold) {
             return addStep(std::move(fused), output);
         }
-        fused.convolution.input = enlargement->input;
-        fused.enlargement = enlargement->factor;
+        const auto [input, factor] = *enlargement;  // adding steps may move it
+        fused.convolution.input = input;
+        fused.enlargement = factor;
         const ValueShape shape = schedule_.shapes[output];
         if (shape.channels % kLanes == 0) return addStep(std::move(fused), output);
         // The kernel can't put parts of planes in their places: one step more does.
-        const int phases = fused.enlargement * fused.enlargement;
         const ValueId small =
-            newValue({shape.channels * phases, schedule_.shapes[enlargement->input].scale});
+            newValue({shape.channels * factor * factor, schedule_.shapes[input].scale});
         addStep(std::move(fused), small);
-        addStep(DepthToSpace{small, enlargement->factor, DepthOrder::phaseFirst}, output);
+        addStep(DepthToSpace{small, factor, DepthOrder::phaseFirst}, output);
     }
 
     void add(const WeightedSum& operation, ValueId output) {
