@@ -35,7 +35,8 @@ void measureEncoding(const Setting& setting) {
     Table table("Encoding 12 megapixels", {"Format", "Time, s", "Size, MiB"});
     const Result<UIImage> photo = makePhoto(setting.bundle, kTwelveMegapixels);
     if (!photo) return table.missing("All", photo.error().localizedDescription);
-    DesktopImageIO imageIO;
+    WorkerPool pool;
+    DesktopImageIO imageIO(pool);
     for (const Encoding& encoding : kEncodings) {
         Encoded data = std::vector<std::byte>();
         const std::array<std::function<double()>, 1> contestants{

@@ -43,7 +43,8 @@ Result<UIImage> makePhoto(const ResourceBundle& bundle, PixelSize size) {
     const auto sample = bundle.urlForResource("chelsea", "png");
     const auto data = DesktopFileManager().contentsOfFile(sample.value_or("chelsea.png"));
     if (!data) return data.error();
-    const auto picture = DesktopImageIO().imageWithData(*data);
+    WorkerPool pool;
+    const auto picture = DesktopImageIO(pool).imageWithData(*data);
     if (!picture) return picture.error();
 
     // As large as is needed to cover the canvas, and centred on it.
@@ -66,7 +67,8 @@ Result<void> writePhoto(const ResourceBundle& bundle, PixelSize size,
                         const std::filesystem::path& file) {
     const auto photo = makePhoto(bundle, size);
     if (!photo) return photo.error();
-    const auto data = DesktopImageIO().jpegRepresentation(*photo, kLossyQuality);
+    WorkerPool pool;
+    const auto data = DesktopImageIO(pool).jpegRepresentation(*photo, kLossyQuality);
     if (!data) return data.error();
     return DesktopFileManager().writeFile(file, *data, WriteExisting::replace);
 }

@@ -1,6 +1,7 @@
 #include "CommandLine/EnhanceCommand.h"
 
 #include <chrono>
+#include <future>
 #include <optional>
 #include <string>
 #include <utility>
@@ -32,6 +33,9 @@ EnhanceCommand::EnhanceCommand(DesktopPlatform& platform, Interruption& interrup
       save_(platform.dispatch()) {}
 
 int EnhanceCommand::run() {
+    // The first picture is decoded meanwhile, and no network goes between two pictures.
+    const auto network =
+        std::async(std::launch::async, [this] { return catalogue_.makeModel(options_.style); });
     for (const std::filesystem::path& input : options_.inputs) runOne(input);
     save_.finish();
     return allDone_ ? 0 : 1;

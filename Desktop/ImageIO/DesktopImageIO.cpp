@@ -11,7 +11,7 @@ Result<UIImage> DesktopImageIO::imageWithData(std::span<const std::byte> data) {
 
 Result<std::vector<std::byte>> DesktopImageIO::jpegRepresentation(const UIImage& picture,
                                                                   double quality) {
-    return writeJPEG(picture, quality);
+    return writeJPEG(picture, quality, pool_);
 }
 
 Result<std::vector<std::byte>> DesktopImageIO::pngRepresentation(const UIImage& picture) {

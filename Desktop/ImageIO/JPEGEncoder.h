@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "Base/WorkerPool.h"
 #include "Platform/Graphics/CGImage.h"
 
 namespace quillmere {
@@ -14,8 +15,10 @@ namespace quillmere {
 /// resolution, and carries the ICC profile `profile`. Nothing if the library fails or memory runs
 /// out.
 ///
-/// Sides of up to 65,500 pixels; `quality` in 1 to 100. Any thread.
+/// Sides of up to 65,500 pixels; `quality` in 1 to 100. Any thread; works on the pool as well, on
+/// strips that restart markers keep apart.
 std::optional<std::vector<std::byte>> encodeJPEG(const CGImage& bitmap, int quality,
-                                                 std::span<const std::byte> profile);
+                                                 std::span<const std::byte> profile,
+                                                 WorkerPool& pool);
 
 }  // namespace quillmere

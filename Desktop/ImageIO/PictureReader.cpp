@@ -35,10 +35,12 @@ VipsImageRef open(PictureFormat format, std::span<const std::byte> data, VipsFai
         case PictureFormat::webp:
             return load(vips_webpload_buffer);
         case PictureFormat::heif:
+            loadVipsModule(VipsModule::heif);
             return load(vips_heifload_buffer);
         case PictureFormat::tiff:
             return load(vips_tiffload_buffer);
         case PictureFormat::jpegXL:
+            loadVipsModule(VipsModule::jxl);
             return load(vips_jxlload_buffer);
         case PictureFormat::gif:
             return load(vips_gifload_buffer);

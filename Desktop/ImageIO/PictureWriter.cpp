@@ -105,13 +105,13 @@ int percent(double quality) {
 
 // JPEG and HEIC are given no alpha: a premultiplied colour is what the picture shows on black.
 
-Result<std::vector<std::byte>> writeJPEG(const UIImage& picture, double quality) {
+Result<std::vector<std::byte>> writeJPEG(const UIImage& picture, double quality, WorkerPool& pool) {
     constexpr int longestSide = 65'500;  // libjpeg's own limit
     const Result<CGImage> bitmap = uprightPicture(picture, longestSide, "JPEG");
     if (!bitmap) return bitmap.error();
     const VipsBlobRef profile = standardProfile();
-    auto file =
-        profile ? encodeJPEG(*bitmap, percent(quality), bytesOf(profile.get())) : std::nullopt;
+    auto file = profile ? encodeJPEG(*bitmap, percent(quality), bytesOf(profile.get()), pool)
+                        : std::nullopt;
     if (!file) return notEncoded("JPEG");
     return *std::move(file);
 }

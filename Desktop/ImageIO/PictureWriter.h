@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Base/Result.h"
+#include "Base/WorkerPool.h"
 #include "Platform/Graphics/UIImage.h"
 
 namespace quillmere {
@@ -14,7 +15,7 @@ namespace quillmere {
 
 /// Transparent places on black; colour at full resolution, since the edges that an enlarger makes
 /// would bleed at half of it; sides of up to 65,500 pixels.
-Result<std::vector<std::byte>> writeJPEG(const UIImage& picture, double quality);
+Result<std::vector<std::byte>> writeJPEG(const UIImage& picture, double quality, WorkerPool& pool);
 
 /// 8 bits, with straight alpha only where the picture has transparency.
 Result<std::vector<std::byte>> writePNG(const UIImage& picture);

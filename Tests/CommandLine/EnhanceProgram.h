@@ -28,7 +28,8 @@ protected:
         for (std::size_t i = 0; i < bytes; ++i) {
             pixels.get()[i] = i % 4 == 3 ? alpha : static_cast<std::uint8_t>(alpha / 2);
         }
-        DesktopImageIO imageIO;
+        WorkerPool pool(1);
+        DesktopImageIO imageIO(pool);
         const auto png = imageIO.pngRepresentation(
             UIImage(CGImage(size, static_cast<std::size_t>(size.width) * 4, pixels)));
         return folder.write(name,
@@ -36,7 +37,8 @@ protected:
     }
 
     static UIImage read(const std::filesystem::path& file) {
-        DesktopImageIO imageIO;
+        WorkerPool pool(1);
+        DesktopImageIO imageIO(pool);
         DesktopFileManager files;
         const auto data = files.contentsOfFile(file);
         EXPECT_TRUE(data) << data.error().localizedDescription;

@@ -33,8 +33,14 @@ inline Bytes pictureFile(const std::string& name) {
     return {bytes.begin(), bytes.end()};
 }
 
+/// On a pool of three threads.
+inline DesktopImageIO imageIO() {
+    static WorkerPool pool(3);
+    return DesktopImageIO(pool);
+}
+
 inline Result<UIImage> read(std::span<const std::byte> data) {
-    return DesktopImageIO().imageWithData(data);
+    return imageIO().imageWithData(data);
 }
 
 /// As the picture is seen, turned by the fake's own definition.
