@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <future>
 #include <optional>
 #include <utility>
 
@@ -65,13 +66,15 @@ std::optional<EnhanceStyle> styleNamed(const std::string& name) {
 
 Result<void> enlarge(DesktopPlatform& platform, Vision& vision, EnhanceStyle style,
                      const std::filesystem::path& input, const std::filesystem::path& output) {
+    const ModelCatalogue catalogue(platform.coreML(), platform.bundles());
+    // As the command line does it: the picture is decoded meanwhile.
+    const auto network = std::async(std::launch::async, [&] { return catalogue.makeModel(style); });
     const auto data = platform.fileManager().contentsOfFile(input);
     if (!data) return data.error();
     const auto picture = platform.imageIO().imageWithData(*data);
     if (!picture) return picture.error();
 
     const cli::LimitOption limit(1024);
-    const ModelCatalogue catalogue(platform.coreML(), platform.bundles());
     TileEngine engine({limit, platform.graphics(), platform.coreImage(), vision, catalogue,
                        platform.dispatch(), platform.analytics(), platform.localization(),
                        platform.console()});
