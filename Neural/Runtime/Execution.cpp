@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <numeric>
 
 #include "Neural/Kernels/Elementwise.h"
 
@@ -13,19 +14,24 @@ namespace {
 constexpr int kBandRows = 32;
 constexpr int kBandRowsForWorker = 8;
 
+// Two values of 64 channels for a tile of 256 by 256, or five.
+constexpr std::size_t kMostKeptBytes = std::size_t{96} << 20;
+
 }  // namespace
 
 Execution::Execution(const Schedule& schedule, const ExecutionPlan& plan,
-                     const PreparedWeights& weights, PixelSize size, WorkerPool& pool)
+                     const PreparedWeights& weights, PixelSize size, PlaneArena& arena,
+                     WorkerPool& pool)
     : schedule_(schedule),
       plan_(plan),
       weights_(weights),
       size_(size),
       pool_(pool),
-      arena_(plan.slots),
+      arena_(arena),
       scratch_(pool.threadCount()),
       windows_(schedule.shapes.size()) {
     for (const ValueShape& shape : schedule.shapes) heights_.push_back(size.height * shape.scale);
+    keepsArena_ = wholePlaneBytes() <= kMostKeptBytes;
 }
 
 void Execution::run(const Fill& fill, const Drain& drain) {
@@ -42,6 +48,7 @@ void Execution::run(const Fill& fill, const Drain& drain) {
                 drain(planesOf(schedule_.output), {0, heights_[schedule_.output]});
             }
         }
+        if (keepsArena_) continue;
         for (const SlotId slot : plan_.retired[n]) arena_.release(slot);
     }
 }
@@ -52,6 +59,7 @@ void Execution::runBands(const Stage& stage, const Drain& drain) {
     const BandPlan plan = BandPlan::of(schedule_, steps, heights_, bandRows());
     for (std::size_t s = 0; s < steps.size(); ++s) {
         windows_[steps[s].output] = {0, plan.mostRows[s]};
+        if (plan_.windowed[steps[s].output]) clearAbove(steps[s].output);
     }
     for (const Band& band : plan.bands) {
         for (std::size_t s = 0; s < steps.size(); ++s) {
@@ -112,6 +120,15 @@ void Execution::moveWindow(ValueId value, int first, int end) {
     if (end == heights_[value]) clearBelow(value);
 }
 
+// The border above the first row, where an earlier run's rows have been.
+void Execution::clearAbove(ValueId value) {
+    const PlaneGeometry geometry = geometryOf(value);
+    const std::size_t floats = floatsOf(value, geometry);
+    for (const PlannedPlane& plane : plan_.values[value]) {
+        std::fill_n(arena_.block(plane.slot, floats), geometry.halo * geometry.pitch, 0.0f);
+    }
+}
+
 // The border below a window's last row, where rows of earlier bands have been.
 void Execution::clearBelow(ValueId value) {
     const PlaneGeometry geometry = geometryOf(value);
@@ -157,6 +174,17 @@ std::size_t Execution::floatsOf(ValueId value, const PlaneGeometry& geometry) co
     // A tile may reach below the window's last row.
     part.height = windows_[value].rows + kTileSide;
     return PlaneGeometry::of(part, geometry.halo).floats;
+}
+
+std::size_t Execution::wholePlaneBytes() const {
+    std::vector<std::size_t> bytes(plan_.slots);
+    for (ValueId value = 0; value < plan_.values.size(); ++value) {
+        if (plan_.windowed[value]) continue;
+        for (const PlannedPlane& plane : plan_.values[value]) {
+            bytes[plane.slot] = geometryOf(value).floats * sizeof(float);
+        }
+    }
+    return std::accumulate(bytes.begin(), bytes.end(), std::size_t{0});
 }
 
 int Execution::bandRows() const {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <mutex>
 #include <new>
 #include <optional>
 #include <utility>
@@ -45,7 +46,27 @@ struct Network::Parts {
     WorkerPool& pool;
 };
 
-Network::Network(std::unique_ptr<const Parts> parts) : parts_(std::move(parts)) {}
+// What the last run kept, for the next of the same size.
+struct Network::Kept {
+    std::mutex mutex;
+    std::unique_ptr<PlaneArena> arena;
+    PixelSize size;
+
+    std::unique_ptr<PlaneArena> take(PixelSize wanted, std::size_t slots) {
+        const std::lock_guard lock(mutex);
+        if (arena && size == wanted) return std::move(arena);
+        return std::make_unique<PlaneArena>(slots);
+    }
+
+    void keep(std::unique_ptr<PlaneArena> used, PixelSize usedFor) {
+        const std::lock_guard lock(mutex);
+        arena = std::move(used);
+        size = usedFor;
+    }
+};
+
+Network::Network(std::unique_ptr<const Parts> parts)
+    : parts_(std::move(parts)), kept_(std::make_unique<Kept>()) {}
 Network::~Network() = default;
 
 Result<std::shared_ptr<const Network>> Network::load(const std::filesystem::path& directory,
@@ -73,6 +94,15 @@ const std::string& Network::inputName() const { return parts_->graph.values.fron
 
 int Network::scale() const { return parts_->schedule.shapes[parts_->graph.output].scale; }
 
+template <class Fill, class Drain>
+void Network::execute(PixelSize size, const Fill& fill, const Drain& drain) const {
+    const auto& [graph, schedule, plan, weights, pool] = *parts_;
+    std::unique_ptr<PlaneArena> arena = kept_->take(size, plan.slots);
+    Execution execution(schedule, plan, weights, size, *arena, pool);
+    execution.run(fill, drain);
+    if (execution.keepsArena()) kept_->keep(std::move(arena), size);
+}
+
 Result<void> Network::run(const ImageView& input, const MutableImageView& output) const try {
     if (const auto error = checkSize(input.size)) return *error;
     if (output.size != scaled(input.size, scale())) {
@@ -90,14 +120,12 @@ Result<void> Network::run(const ImageView& input, const MutableImageView& output
     }
     const float unit = static_cast<float>(parts_->graph.range) / 255.0f;
     WorkerPool& pool = parts_->pool;
-    Execution(parts_->schedule, parts_->plan, parts_->weights, input.size, pool)
-        .run(
-            [&](const PlaneList& to) {
-                readPixels(input.pixels, input.bytesPerRow, unit, to, pool);
-            },
-            [&](const PlaneList& from, RowRange rows) {
-                writePixels(from, unit, rows, output.pixels, output.bytesPerRow, pool);
-            });
+    execute(
+        input.size,
+        [&](const PlaneList& to) { readPixels(input.pixels, input.bytesPerRow, unit, to, pool); },
+        [&](const PlaneList& from, RowRange rows) {
+            writePixels(from, unit, rows, output.pixels, output.bytesPerRow, pool);
+        });
     return {};
 } catch (const std::bad_alloc&) {
     return outOfMemory();
@@ -114,11 +142,11 @@ Result<PlanarImage> Network::evaluate(const PlanarImage& input) const try {
     const ValueShape shape = parts_->schedule.shapes[parts_->graph.output];
     auto output = PlanarImage::blank(shape.channels, scaled(input.size, shape.scale));
     WorkerPool& pool = parts_->pool;
-    Execution(parts_->schedule, parts_->plan, parts_->weights, input.size, pool)
-        .run([&](const PlaneList& to) { readPlanar(input.values.data(), to, pool); },
-             [&](const PlaneList& from, RowRange rows) {
-                 writePlanar(from, rows, output.values.data(), pool);
-             });
+    execute(
+        input.size, [&](const PlaneList& to) { readPlanar(input.values.data(), to, pool); },
+        [&](const PlaneList& from, RowRange rows) {
+            writePlanar(from, rows, output.values.data(), pool);
+        });
     return output;
 } catch (const std::bad_alloc&) {
     return outOfMemory();

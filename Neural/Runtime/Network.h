@@ -29,8 +29,8 @@ struct MutableImageView {
     PixelSize size;
 };
 
-/// A loaded network. It holds weights and a plan, and no memory of a run: several threads may run
-/// it at once, each with activations of its own. The pool must outlive it.
+/// A loaded network: weights, a plan, and up to 100 MiB of memory from one run to the next. Several
+/// threads may run it at once, each with activations of its own. The pool must outlive it.
 ///
 /// All errors have the domain "quillmere.neural" and a code of `ErrorCode`.
 class Network {
@@ -63,10 +63,15 @@ public:
 
 private:
     struct Parts;
+    struct Kept;
 
     explicit Network(std::unique_ptr<const Parts> parts);
 
+    template <class Fill, class Drain>
+    void execute(PixelSize size, const Fill& fill, const Drain& drain) const;
+
     std::unique_ptr<const Parts> parts_;
+    std::unique_ptr<Kept> kept_;
 };
 
 }  // namespace quillmere::neural
