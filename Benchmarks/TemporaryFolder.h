@@ -9,7 +9,8 @@
 namespace quillmere::benchmark {
 
 /// A new folder under the system's temporary one, and itself the temporary folder of all programs
-/// that are started from now on; gone with all that is in it at the end.
+/// that are started from now on, and where they record what they do; gone with all that is in it at
+/// the end.
 class TemporaryFolder {
 public:
     TemporaryFolder() {
@@ -17,6 +18,7 @@ public:
         if (mkdtemp(name.data()) == nullptr) return;
         path_ = name;
         setenv("TMPDIR", name.c_str(), 1);
+        setenv("XDG_STATE_HOME", name.c_str(), 1);
     }
     ~TemporaryFolder() {
         std::error_code ignored;

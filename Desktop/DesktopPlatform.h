@@ -5,7 +5,7 @@
 
 #include "Base/Result.h"
 #include "Base/WorkerPool.h"
-#include "Desktop/Analytics/SilentAnalytics.h"
+#include "Desktop/Analytics/EventLog.h"
 #include "Desktop/Application/ErrorStreamConsole.h"
 #include "Desktop/Application/ResourceBundle.h"
 #include "Desktop/CoreImage/DesktopCoreImage.h"
@@ -47,7 +47,7 @@ private:
     ResourceBundle bundle_;
     StringsFile strings_;
     ErrorStreamConsole console_;
-    SilentAnalytics analytics_;
+    EventLog analytics_;
     DesktopFileManager fileManager_;
     DesktopImageIO imageIO_;
     DesktopGraphics graphics_;

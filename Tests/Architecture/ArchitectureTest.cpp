@@ -122,7 +122,7 @@ const Library libraries[] = {
     {"webp/", {"Desktop/ImageIO/"}},
     {"hwy/", {"Neural/"}},
     {"CLI/", {"CommandLine/", "Neural/Compile/"}},
-    {"nlohmann/", {"Neural/", "Desktop/Localization/", "CommandLine/"}},
+    {"nlohmann/", {"Neural/", "Desktop/Analytics/", "Desktop/Localization/", "CommandLine/"}},
     {"Q", {"Desktop/Qml/", "Desktop/Application/"}},
     {"libav", {"Desktop/AVFoundation/"}},
     {"sqlite3", {"Desktop/UserDefaults/", "Desktop/Photos/"}},

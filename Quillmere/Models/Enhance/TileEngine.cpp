@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "Base/Invariant.h"
+#include "Quillmere/Models/Services/AnalyticsEvents.h"
 #include "Quillmere/Models/Services/FormatString.h"
 
 namespace quillmere {
@@ -152,7 +153,8 @@ UIImage TileEngine::resizeImage(const UIImage& image, double maxDimension) {
 
 std::string TileEngine::failedToConvertMessage(int code) {
     const std::string number = std::to_string(code);
-    ports_.analytics.logEventWithName("ConvertFailed", {{"ErrorCode", number}});
+    ports_.analytics.logEventWithName(eventName("ConvertFailed"),
+                                      AnalyticsParameters{{"ErrorCode", number}});
     return formatString(ports_.localization.localizedString("FailedToConvertMessage"), {number});
 }
 

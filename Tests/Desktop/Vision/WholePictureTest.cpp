@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "Base/WorkerPool.h"
-#include "Desktop/Analytics/SilentAnalytics.h"
 #include "Desktop/Application/ErrorStreamConsole.h"
 #include "Desktop/Application/ResourceBundle.h"
 #include "Desktop/CoreImage/DesktopCoreImage.h"
@@ -19,6 +18,7 @@
 #include "Desktop/Graphics/DesktopGraphics.h"
 #include "Desktop/Vision/DesktopVision.h"
 #include "Quillmere/Models/Enhance/TileEngine.h"
+#include "Tests/Fakes/FakeAnalytics.h"
 #include "Tests/Fakes/FakeLocalization.h"
 #include "Tests/Fakes/FakeUserDefaults.h"
 
@@ -127,7 +127,7 @@ protected:
     CallLog log;
     FakeUserDefaults userDefaults{log};
     FakeLocalization localization{log};
-    SilentAnalytics analytics;
+    FakeAnalytics analytics{log};
     ErrorStreamConsole console;
     ResourceBundle bundle{std::filesystem::path(QUILLMERE_MODELS_DIR).parent_path()};
     DesktopDispatch dispatch;
