@@ -36,7 +36,14 @@ int EnhanceCommand::run() {
     // The first picture is decoded meanwhile, and no network goes between two pictures.
     const auto network =
         std::async(std::launch::async, [this] { return catalogue_.makeModel(options_.style); });
-    for (const std::filesystem::path& input : options_.inputs) runOne(input);
+    std::size_t number = 0;
+    for (const std::filesystem::path& input : options_.inputs) {
+        // Not the file's name, which is the user's own business.
+        platform_.crashLog().log("enhance " + std::string(displayKey(options_.style)) + ", input " +
+                                 std::to_string(++number) + " of " +
+                                 std::to_string(options_.inputs.size()));
+        runOne(input);
+    }
     save_.finish();
     return allDone_ ? 0 : 1;
 }

@@ -42,6 +42,8 @@ Interruption::Interruption() {
             endNow();
         }).detach();
         const std::unique_lock written = whileWriting();
+        const std::lock_guard stillThere(beforeEndMutex_);
+        if (beforeEnd_) beforeEnd_();
         endNow();
     }).detach();
 }

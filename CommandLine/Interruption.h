@@ -1,7 +1,9 @@
 // Ending the program when the user or the system asks for it.
 #pragma once
 
+#include <functional>
 #include <mutex>
+#include <utility>
 
 namespace quillmere::cli {
 
@@ -17,8 +19,17 @@ public:
     /// While it is held, the first signal waits.
     [[nodiscard]] std::unique_lock<std::mutex> whileWriting() { return std::unique_lock(writing_); }
 
+    /// What the first signal does last, on the object's own thread; null for nothing. Once this
+    /// returns, no earlier one runs any more.
+    void beforeEnd(std::function<void()> work) {
+        const std::lock_guard lock(beforeEndMutex_);
+        beforeEnd_ = std::move(work);
+    }
+
 private:
     std::mutex writing_;
+    std::mutex beforeEndMutex_;
+    std::function<void()> beforeEnd_;
 };
 
 }  // namespace quillmere::cli

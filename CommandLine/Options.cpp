@@ -108,6 +108,12 @@ Command parseArguments(int argc, const char* const* argv) {
     CLI::App* stylesCommand = app.add_subcommand("styles", "List the styles");
     stylesCommand->add_flag("--json", stylesOptions.json, "One JSON object a line");
 
+    DiagnosticsOptions diagnosticsOptions;
+    CLI::App* diagnosticsCommand = app.add_subcommand(
+        "diagnostics",
+        "Show what the last runs did before their end, and where events are recorded");
+    diagnosticsCommand->add_flag("--json", diagnosticsOptions.json, "One JSON object a line");
+
     // CLI11 would only say that a command is missing.
     const auto named = [&](const CLI::App* command) { return command->check_name(argv[1]); };
     if (argc > 1 && argv[1][0] != '-' && app.get_subcommands(named).empty()) {
@@ -125,6 +131,7 @@ Command parseArguments(int argc, const char* const* argv) {
         return usage(error.what());
     }
     if (stylesCommand->parsed()) return stylesOptions;
+    if (diagnosticsCommand->parsed()) return diagnosticsOptions;
 
     enhance.style = styles.at(styleName);
     if (!formatChoice.empty()) enhance.format = formats.at(formatChoice);

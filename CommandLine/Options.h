@@ -27,13 +27,17 @@ struct StylesOptions {
     bool json = false;
 };
 
+struct DiagnosticsOptions {
+    bool json = false;
+};
+
 /// A text to print, and the exit code that goes with it: help, version, or a usage error.
 struct Message {
     std::string text;
     int exitCode = 0;
 };
 
-using Command = std::variant<EnhanceOptions, StylesOptions, Message>;
+using Command = std::variant<EnhanceOptions, StylesOptions, DiagnosticsOptions, Message>;
 
 /// Never throws; whatever is wrong with the arguments is a `Message` with exit code 2.
 Command parseArguments(int argc, const char* const* argv);

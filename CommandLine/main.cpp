@@ -2,11 +2,13 @@
 #include <cstdio>
 #include <string>
 
+#include "CommandLine/DiagnosticsCommand.h"
 #include "CommandLine/EnhanceCommand.h"
 #include "CommandLine/Interruption.h"
 #include "CommandLine/Options.h"
 #include "CommandLine/StylesCommand.h"
 #include "Desktop/DesktopPlatform.h"
+#include "Desktop/FileManager/UserFolders.h"
 
 namespace {
 
@@ -15,6 +17,14 @@ using namespace quillmere;
 int fail(const std::string& sentence) {
     std::fprintf(stderr, "quillmere-cli: %s\n", sentence.c_str());
     return 1;
+}
+
+int run(const cli::Command& command, DesktopPlatform& platform, cli::Interruption& interruption) {
+    if (const auto* styles = std::get_if<cli::StylesOptions>(&command)) {
+        return cli::listStyles(*styles, platform.localization());
+    }
+    return cli::EnhanceCommand(platform, interruption, std::get<cli::EnhanceOptions>(command))
+        .run();
 }
 
 }  // namespace
@@ -26,12 +36,16 @@ int main(int argc, char** argv) {
         return message->exitCode;
     }
 
+    // Looks at other runs, and is none itself.
+    if (const auto* diagnostics = std::get_if<cli::DiagnosticsOptions>(&command)) {
+        return cli::showDiagnostics(*diagnostics, userStateFolder());
+    }
+
     cli::Interruption interruption;
     const auto platform = DesktopPlatform::make();
     if (!platform) return fail(platform.error().localizedDescription);
-    if (const auto* styles = std::get_if<cli::StylesOptions>(&command)) {
-        return cli::listStyles(*styles, (*platform)->localization());
-    }
-    return cli::EnhanceCommand(**platform, interruption, std::get<cli::EnhanceOptions>(command))
-        .run();
+    interruption.beforeEnd([&] { (*platform)->recordOrderlyEnd(); });
+    const int exitCode = run(command, **platform, interruption);
+    interruption.beforeEnd(nullptr);
+    return exitCode;
 }

@@ -1,5 +1,6 @@
 #include "Desktop/DesktopPlatform.h"
 
+#include <chrono>
 #include <utility>
 
 #include "Desktop/FileManager/UserFolders.h"
@@ -19,10 +20,16 @@ Result<std::unique_ptr<DesktopPlatform>> DesktopPlatform::make() {
 DesktopPlatform::DesktopPlatform(ResourceBundle bundle, StringsFile strings)
     : bundle_(std::move(bundle)),
       strings_(std::move(strings)),
+      crashLog_(userStateFolder()),
       analytics_(userStateFolder()),
       imageIO_(pool_),
       coreImage_(pool_),
       coreML_(networks_),
       vision_(coreImage_) {}
+
+void DesktopPlatform::recordOrderlyEnd() {
+    analytics_.end(std::chrono::milliseconds(500));
+    crashLog_.end();
+}
 
 }  // namespace quillmere

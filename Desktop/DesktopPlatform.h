@@ -10,6 +10,7 @@
 #include "Desktop/Application/ResourceBundle.h"
 #include "Desktop/CoreImage/DesktopCoreImage.h"
 #include "Desktop/CoreML/DesktopCoreML.h"
+#include "Desktop/CrashLog/RunFile.h"
 #include "Desktop/Dispatch/DesktopDispatch.h"
 #include "Desktop/FileManager/DesktopFileManager.h"
 #include "Desktop/Graphics/DesktopGraphics.h"
@@ -34,9 +35,14 @@ public:
     ImageIO& imageIO() { return imageIO_; }
     FileManager& fileManager() { return fileManager_; }
     Analytics& analytics() { return analytics_; }
+    CrashLog& crashLog() { return crashLog_; }
     Console& console() { return console_; }
     const Localization& localization() const { return strings_; }
     const Bundles& bundles() const { return bundle_; }
+
+    /// What an orderly end leaves on disk: waiting events, and that this run ended in order. For a
+    /// process that ends without destroying this object; may take half a second. Any thread.
+    void recordOrderlyEnd();
 
 private:
     DesktopPlatform(ResourceBundle bundle, StringsFile strings);
@@ -47,6 +53,7 @@ private:
     ResourceBundle bundle_;
     StringsFile strings_;
     ErrorStreamConsole console_;
+    RunFile crashLog_;
     EventLog analytics_;
     DesktopFileManager fileManager_;
     DesktopImageIO imageIO_;

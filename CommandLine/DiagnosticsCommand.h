@@ -1,0 +1,16 @@
+// `quillmere-cli diagnostics`: what the last runs left for whoever looks for a fault.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+
+#include "CommandLine/Options.h"
+
+namespace quillmere::cli {
+
+/// Prints where the record of events lies, and the last runs with their breadcrumbs, the newest
+/// last. `folder` is the application's for state. Gives the exit code: 1 where there is none.
+int showDiagnostics(const DiagnosticsOptions& options,
+                    const std::optional<std::filesystem::path>& folder);
+
+}  // namespace quillmere::cli
