@@ -17,6 +17,7 @@ Result<std::unique_ptr<DesktopPlatform>> DesktopPlatform::make() {
 DesktopPlatform::DesktopPlatform(ResourceBundle bundle, StringsFile strings)
     : bundle_(std::move(bundle)),
       strings_(std::move(strings)),
+      urlSession_(dispatch_),
       imageIO_(pool_),
       coreImage_(pool_),
       coreML_(networks_),
