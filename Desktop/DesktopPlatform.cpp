@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "Desktop/Application/ProjectSettingsFile.h"
+
 namespace quillmere {
 
 Result<std::unique_ptr<DesktopPlatform>> DesktopPlatform::make() {
@@ -17,6 +19,10 @@ Result<std::unique_ptr<DesktopPlatform>> DesktopPlatform::make() {
 DesktopPlatform::DesktopPlatform(ResourceBundle bundle, StringsFile strings)
     : bundle_(std::move(bundle)),
       strings_(std::move(strings)),
+      settings_(readProjectSettings(
+          fileManager_,
+          bundle_.urlForResource("ProjectSettings", "json").value_or("ProjectSettings.json"),
+          console_)),
       urlSession_(dispatch_),
       imageIO_(pool_),
       coreImage_(pool_),

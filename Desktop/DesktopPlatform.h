@@ -18,6 +18,7 @@
 #include "Desktop/URLSession/DesktopURLSession.h"
 #include "Desktop/Vision/DesktopVision.h"
 #include "Neural/Runtime/NetworkCache.h"
+#include "Quillmere/Models/Services/ProjectSettings.h"
 
 namespace quillmere {
 
@@ -37,6 +38,7 @@ public:
     URLSession& urlSession() { return urlSession_; }
     Analytics& analytics() { return analytics_; }
     Console& console() { return console_; }
+    const ProjectSettings& projectSettings() const { return settings_; }
     const Localization& localization() const { return strings_; }
     const Bundles& bundles() const { return bundle_; }
 
@@ -51,6 +53,7 @@ private:
     ErrorStreamConsole console_;
     SilentAnalytics analytics_;
     DesktopFileManager fileManager_;
+    ProjectSettings settings_;
     DesktopURLSession urlSession_;
     DesktopImageIO imageIO_;
     DesktopGraphics graphics_;
