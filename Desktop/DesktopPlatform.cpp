@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Desktop/Application/ProjectSettingsFile.h"
+#include "Desktop/FileManager/UserFolders.h"
 
 namespace quillmere {
 
@@ -24,6 +25,8 @@ DesktopPlatform::DesktopPlatform(ResourceBundle bundle, StringsFile strings)
           bundle_.urlForResource("ProjectSettings", "json").value_or("ProjectSettings.json"),
           console_)),
       urlSession_(dispatch_),
+      remoteConfig_({urlSession_, fileManager_, dispatch_, bundle_, console_},
+                    settings_.remoteConfigEndpoint, userCacheFolder()),
       imageIO_(pool_),
       coreImage_(pool_),
       coreML_(networks_),

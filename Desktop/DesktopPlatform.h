@@ -15,6 +15,7 @@
 #include "Desktop/Graphics/DesktopGraphics.h"
 #include "Desktop/ImageIO/DesktopImageIO.h"
 #include "Desktop/Localization/StringsFile.h"
+#include "Desktop/RemoteConfig/DesktopRemoteConfig.h"
 #include "Desktop/URLSession/DesktopURLSession.h"
 #include "Desktop/Vision/DesktopVision.h"
 #include "Neural/Runtime/NetworkCache.h"
@@ -36,6 +37,7 @@ public:
     ImageIO& imageIO() { return imageIO_; }
     FileManager& fileManager() { return fileManager_; }
     URLSession& urlSession() { return urlSession_; }
+    RemoteConfig& remoteConfig() { return remoteConfig_; }
     Analytics& analytics() { return analytics_; }
     Console& console() { return console_; }
     const ProjectSettings& projectSettings() const { return settings_; }
@@ -55,6 +57,7 @@ private:
     DesktopFileManager fileManager_;
     ProjectSettings settings_;
     DesktopURLSession urlSession_;
+    DesktopRemoteConfig remoteConfig_;
     DesktopImageIO imageIO_;
     DesktopGraphics graphics_;
     DesktopCoreImage coreImage_;

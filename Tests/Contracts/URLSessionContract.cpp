@@ -3,12 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <future>
 #include <memory>
 #include <thread>
 
 #include "Desktop/Dispatch/DesktopDispatch.h"
 #include "Desktop/URLSession/DesktopURLSession.h"
+#include "Tests/Awaited.h"
 #include "Tests/Fakes/FakeURLSession.h"
 #include "Tests/LoopbackServer.h"
 
@@ -57,13 +57,12 @@ protected:
 
     /// The answer, once it is there.
     Result<URLAnswer> ask(URLRequest request) {
-        std::promise<Result<URLAnswer>> promise;
+        Awaited<Result<URLAnswer>> promise;
         session
-            ->dataTaskWithRequest(
-                std::move(request),
-                [&](Result<URLAnswer> answer) { promise.set_value(std::move(answer)); })
+            ->dataTaskWithRequest(std::move(request),
+                                  [&](Result<URLAnswer> answer) { promise.set(std::move(answer)); })
             ->resume();
-        return promise.get_future().get();
+        return promise.get();
     }
 
     static URLRequest get(std::string url) {
@@ -99,15 +98,15 @@ TEST_P(URLSessionContract, AnAnswerArrivesWithStatusFieldsAndBodyWhateverItsStat
 TEST_P(URLSessionContract, NothingIsAskedBeforeResumeAndOnlyOnceAfterIt) {
     serve("/path", 200, {}, "");
     std::atomic<int> calls = 0;
-    std::promise<std::thread::id> thread;
+    Awaited<std::thread::id> thread;
     const auto task =
         session->dataTaskWithRequest(get(server.url("/path")), [&](const Result<URLAnswer>&) {
-            if (++calls == 1) thread.set_value(std::this_thread::get_id());
+            if (++calls == 1) thread.set(std::this_thread::get_id());
         });
     EXPECT_EQ(requestsReceived(), 0u);
     task->resume();
     task->resume();
-    EXPECT_NE(thread.get_future().get(), std::this_thread::get_id());
+    EXPECT_NE(thread.get(), std::this_thread::get_id());
     EXPECT_EQ(requestsReceived(), 1u);
     session.reset();
     EXPECT_EQ(calls, 1);
@@ -161,15 +160,15 @@ TEST_P(URLSessionContract, ATaskThatIsResumedAfterTheSessionsEndDoesNothing) {
 
 TEST_P(URLSessionContract, AHandlerMayEndTheSession) {
     serve("/path", 200, {}, "");
-    std::promise<void> ended;
+    Awaited<bool> ended;
     session
         ->dataTaskWithRequest(get(server.url("/path")),
                               [&](const Result<URLAnswer>&) {
                                   session.reset();
-                                  ended.set_value();
+                                  ended.set(true);
                               })
         ->resume();
-    ended.get_future().wait();
+    ended.get();
 }
 
 }  // namespace

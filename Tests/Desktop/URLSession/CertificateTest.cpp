@@ -6,12 +6,12 @@
 #include <unistd.h>
 
 #include <array>
-#include <future>
 #include <string>
 #include <vector>
 
 #include "Desktop/Dispatch/DesktopDispatch.h"
 #include "Desktop/URLSession/DesktopURLSession.h"
+#include "Tests/Awaited.h"
 #include "Tests/LoopbackServer.h"
 #include "Tests/TemporaryFolder.h"
 
@@ -98,12 +98,12 @@ private:
 Result<URLAnswer> ask(URLSession& session, const std::string& url) {
     URLRequest request;
     request.url = url;
-    std::promise<Result<URLAnswer>> promise;
+    Awaited<Result<URLAnswer>> promise;
     session
-        .dataTaskWithRequest(
-            request, [&](Result<URLAnswer> answer) { promise.set_value(std::move(answer)); })
+        .dataTaskWithRequest(request,
+                             [&](Result<URLAnswer> answer) { promise.set(std::move(answer)); })
         ->resume();
-    return promise.get_future().get();
+    return promise.get();
 }
 
 class Certificates : public testing::Test {

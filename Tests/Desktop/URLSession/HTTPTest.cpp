@@ -3,27 +3,28 @@
 #include <gtest/gtest.h>
 #include <netdb.h>
 
-#include <future>
+#include <deque>
 #include <memory>
 #include <string_view>
 
 #include "Desktop/Dispatch/DesktopDispatch.h"
 #include "Desktop/URLSession/DesktopURLSession.h"
+#include "Tests/Awaited.h"
 #include "Tests/LoopbackServer.h"
 
 namespace {
 
-/// Opened when the look-up of the host below has begun, and when it may end.
-std::promise<void> lookUpBegan;
-std::promise<void> lookUpMayEnd;
+/// Set when the look-up of the host below has begun, and when it may end.
+quillmere::Awaited<bool> lookUpBegan;
+quillmere::Awaited<bool> lookUpMayEnd;
 
 }  // namespace
 
 // Stands before the C library's: no test asks a real name server.
 extern "C" int getaddrinfo(const char* node, const char*, const addrinfo*, addrinfo**) {
     if (std::string_view(node) == "hanging.test") {
-        lookUpBegan.set_value();
-        lookUpMayEnd.get_future().wait();
+        lookUpBegan.set(true);
+        lookUpMayEnd.get();
     }
     return EAI_NONAME;
 }
@@ -42,13 +43,12 @@ using testing::SizeIs;
 class HTTP : public testing::Test {
 protected:
     Result<URLAnswer> ask(URLRequest request) {
-        std::promise<Result<URLAnswer>> promise;
+        Awaited<Result<URLAnswer>> promise;
         session
-            ->dataTaskWithRequest(
-                std::move(request),
-                [&](Result<URLAnswer> answer) { promise.set_value(std::move(answer)); })
+            ->dataTaskWithRequest(std::move(request),
+                                  [&](Result<URLAnswer> answer) { promise.set(std::move(answer)); })
             ->resume();
-        return promise.get_future().get();
+        return promise.get();
     }
 
     URLRequest to(const std::string& path) const {
@@ -220,32 +220,31 @@ TEST_F(HTTP, ARedirectOfAPostIsItsAnswer) {
 TEST_F(HTTP, TheSessionsEndDoesNotWaitForALookUpThatHangs) {
     URLRequest request;
     request.url = "http://hanging.test/";
-    std::promise<int> promise;
+    Awaited<int> promise;
     session
-        ->dataTaskWithRequest(request,
-                              [&](const Result<URLAnswer>& answer) {
-                                  promise.set_value(answer ? 0 : answer.error().code);
-                              })
+        ->dataTaskWithRequest(
+            request,
+            [&](const Result<URLAnswer>& answer) { promise.set(answer ? 0 : answer.error().code); })
         ->resume();
-    lookUpBegan.get_future().wait();
+    lookUpBegan.get();
     session.reset();
-    EXPECT_EQ(promise.get_future().get(), code(URLErrorCode::cancelled));
-    lookUpMayEnd.set_value();
+    EXPECT_EQ(promise.get(), code(URLErrorCode::cancelled));
+    lookUpMayEnd.set(true);
 }
 
 TEST_F(HTTP, ManyRequestsGoSideBySide) {
     server.answer("/path", 200, {}, "whole");
     constexpr int count = 20;
-    std::vector<std::promise<bool>> done(count);
+    std::deque<Awaited<bool>> done(count);
     for (auto& promise : done) {
         session
             ->dataTaskWithRequest(to("/path"),
                                   [&](const Result<URLAnswer>& answer) {
-                                      promise.set_value(answer && answer->data.size() == 5);
+                                      promise.set(answer && answer->data.size() == 5);
                                   })
             ->resume();
     }
-    for (auto& promise : done) EXPECT_TRUE(promise.get_future().get());
+    for (auto& promise : done) EXPECT_TRUE(promise.get());
 }
 
 }  // namespace
