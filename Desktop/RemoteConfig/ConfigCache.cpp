@@ -24,10 +24,10 @@ constexpr std::uint64_t latestTime = 9'000'000'000;
 
 }  // namespace
 
-ConfigCache::ConfigCache(FileManager& fileManager, std::filesystem::path folder,
+ConfigCache::ConfigCache(FileManager& fileManager, const std::filesystem::path& folder,
                          std::string endpoint)
     : fileManager_(fileManager),
-      file_(std::move(folder) / "RemoteConfig.json"),
+      file_(folder / "RemoteConfig.json"),
       endpoint_(std::move(endpoint)) {}
 
 std::optional<FetchedConfig> ConfigCache::load() const {

@@ -25,7 +25,8 @@ class ConfigCache {
 public:
     /// Answers of `endpoint` only: those of another are not given out. The file lies in `folder`,
     /// which is made when it is needed.
-    ConfigCache(FileManager& fileManager, std::filesystem::path folder, std::string endpoint);
+    ConfigCache(FileManager& fileManager, const std::filesystem::path& folder,
+                std::string endpoint);
 
     /// Nothing where nothing was kept, or the file is not as it was written.
     std::optional<FetchedConfig> load() const;

@@ -135,16 +135,16 @@ void DesktopRemoteConfig::fetchAndActivateWithCompletionHandler(FetchHandler com
     }
     lock.unlock();
     ports_.session
-        .dataTaskWithRequest(
-            std::move(request),
-            [state = state_, handler = std::move(completionHandler)](Result<URLAnswer> answer) {
-                const auto status = state->take(answer);
-                if (status) {
-                    handler(*status, std::nullopt);
-                } else {
-                    handler(RemoteConfigFetchStatus::failed, status.error());
-                }
-            })
+        .dataTaskWithRequest(std::move(request),
+                             [state = state_, handler = std::move(completionHandler)](
+                                 const Result<URLAnswer>& answer) {
+                                 const auto status = state->take(answer);
+                                 if (status) {
+                                     handler(*status, std::nullopt);
+                                 } else {
+                                     handler(RemoteConfigFetchStatus::failed, status.error());
+                                 }
+                             })
         ->resume();
 }
 

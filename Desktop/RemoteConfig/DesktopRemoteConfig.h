@@ -30,7 +30,7 @@ class DesktopRemoteConfig final : public RemoteConfig {
 public:
     static constexpr const char* errorDomain = "quillmere.remoteconfig";
 
-    /// They must outlive the session.
+    /// What a fetch uses when it ends: all of it must outlive the session.
     struct Ports {
         URLSession& session;
         FileManager& fileManager;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <limits>
 #include <new>
 #include <string_view>
 #include <utility>
@@ -123,11 +124,12 @@ Result<URLAnswer> Transfer::perform() {
     if (!isWellFormed(request_)) return urlError(URLErrorCode::badURL, url->host);
     deadline_ = steady_clock::now() + request_.timeoutInterval;
 
+    const bool follows = request_.httpMethod == "GET" && request_.httpBody.empty();
     bool withHeaders = true;
     for (int redirects = 0;; ++redirects) {
         std::string redirect;
         Result<URLAnswer> answer = performHop(*url, withHeaders, redirect);
-        if (!answer || redirect.empty() || request_.httpMethod != "GET") return answer;
+        if (!answer || redirect.empty() || !follows) return answer;
         if (redirects == maximumRedirects) {
             return urlError(URLErrorCode::httpTooManyRedirects, url->host);
         }
@@ -184,9 +186,10 @@ bool Transfer::configure(Hop& hop, const RequestURL& url, bool withHeaders) cons
     set(CURLOPT_NOSIGNAL, 1L);
     set(CURLOPT_QUICK_EXIT, 1L);
 
-    // libcurl reads 0 as no limit. A request that is late already fails at once with 1.
-    const auto left = std::chrono::ceil<milliseconds>(deadline_ - steady_clock::now());
-    set(CURLOPT_TIMEOUT_MS, static_cast<long>(std::max<milliseconds::rep>(left.count(), 1)));
+    // libcurl reads 0 as no limit, and takes no more than an int holds. A request that is late
+    // already fails at once with 1.
+    const auto left = std::chrono::ceil<milliseconds>(deadline_ - steady_clock::now()).count();
+    set(CURLOPT_TIMEOUT_MS, std::clamp<long>(left, 1, std::numeric_limits<int>::max()));
 
     const std::string& method = request_.httpMethod;
     if (method == "HEAD") {
@@ -203,7 +206,9 @@ bool Transfer::configure(Hop& hop, const RequestURL& url, bool withHeaders) cons
     bool listed = append(hop.headers, "Expect:") && append(hop.headers, "Content-Type:");
     if (withHeaders) {
         for (const auto& [name, value] : request_.allHTTPHeaderFields) {
-            const std::string line = value.empty() ? name + ";" : name + ": " + value;
+            // libcurl leaves a field without a value out unless a semicolon asks for it.
+            std::string line = name;
+            line += value.empty() ? ";" : ": " + value;
             listed = append(hop.headers, line) && listed;
         }
     }

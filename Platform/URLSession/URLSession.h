@@ -73,9 +73,9 @@ public:
 ///   * The handler of a resumed task is called exactly once, on a background thread, never inside
 ///     `resume`.
 ///   * Only `http` and `https` are spoken, and the server's certificate is checked.
-///   * Redirects of a GET are followed, a few times, and never from `https` to `http`; to another
-///     host or port they go without the request's header fields. A redirect of any other request
-///     is its answer.
+///   * Redirects of a GET without a body are followed, a few times, and never from `https` to
+///     `http`; to another host or port they go without the request's header fields. A redirect of
+///     any other request is its answer.
 ///   * The end of the session cancels what is under way. It returns when no handler is running
 ///     any more, save one that ends the session itself; a handler must not wait for the thread
 ///     that does.

@@ -78,7 +78,6 @@ TEST_F(HTTP, ARequestReachesTheServerAsItWasAsked) {
     const std::string body(100'000, 'b');
     for (const char c : body) request.httpBody.push_back(static_cast<std::byte>(c));
     ASSERT_TRUE(ask(request));
-
     const auto requests = server.requests();
     ASSERT_THAT(requests, SizeIs(2));
     for (const auto& received : requests) {
@@ -91,6 +90,10 @@ TEST_F(HTTP, ARequestReachesTheServerAsItWasAsked) {
     EXPECT_EQ(requests[0].body, "");
     EXPECT_THAT(requests[0].fields, Contains(Pair("content-length", "0")));
     EXPECT_EQ(requests[1].body, body);
+
+    request.allHTTPHeaderFields = {{"Content-Type", "text/plain"}};
+    ASSERT_TRUE(ask(request));
+    EXPECT_THAT(server.requests().back().fields, Contains(Pair("content-type", "text/plain")));
 }
 
 TEST_F(HTTP, MethodsKeepTheirName) {
