@@ -6,6 +6,15 @@
 #include "Desktop/FileManager/UserFolders.h"
 
 namespace quillmere {
+namespace {
+
+/// An edition may come without the file.
+ProjectSettings settingsIn(const Bundle& bundle, FileManager& fileManager, Console& console) {
+    const auto path = bundle.urlForResource("ProjectSettings", "json");
+    return path ? readProjectSettings(fileManager, *path, console) : ProjectSettings();
+}
+
+}  // namespace
 
 Result<std::unique_ptr<DesktopPlatform>> DesktopPlatform::make() {
     auto bundle = ResourceBundle::besideTheProgram();
@@ -20,10 +29,7 @@ Result<std::unique_ptr<DesktopPlatform>> DesktopPlatform::make() {
 DesktopPlatform::DesktopPlatform(ResourceBundle bundle, StringsFile strings)
     : bundle_(std::move(bundle)),
       strings_(std::move(strings)),
-      settings_(readProjectSettings(
-          fileManager_,
-          bundle_.urlForResource("ProjectSettings", "json").value_or("ProjectSettings.json"),
-          console_)),
+      settings_(settingsIn(bundle_, fileManager_, console_)),
       urlSession_(dispatch_),
       remoteConfig_({urlSession_, fileManager_, dispatch_, bundle_, console_},
                     settings_.remoteConfigEndpoint, userCacheFolder()),
