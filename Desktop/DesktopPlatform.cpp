@@ -3,9 +3,19 @@
 #include <chrono>
 #include <utility>
 
+#include "Desktop/Application/ProjectSettingsFile.h"
 #include "Desktop/FileManager/UserFolders.h"
 
 namespace quillmere {
+namespace {
+
+/// An edition may come without the file.
+ProjectSettings settingsIn(const Bundle& bundle, FileManager& fileManager, Console& console) {
+    const auto path = bundle.urlForResource("ProjectSettings", "json");
+    return path ? readProjectSettings(fileManager, *path, console) : ProjectSettings();
+}
+
+}  // namespace
 
 Result<std::unique_ptr<DesktopPlatform>> DesktopPlatform::make() {
     auto bundle = ResourceBundle::besideTheProgram();
@@ -22,6 +32,10 @@ DesktopPlatform::DesktopPlatform(ResourceBundle bundle, StringsFile strings)
       strings_(std::move(strings)),
       crashLog_(userStateFolder()),
       analytics_(userStateFolder()),
+      settings_(settingsIn(bundle_, fileManager_, console_)),
+      urlSession_(dispatch_),
+      remoteConfig_({urlSession_, fileManager_, dispatch_, bundle_, console_},
+                    settings_.remoteConfigEndpoint, userCacheFolder()),
       imageIO_(pool_),
       coreImage_(pool_),
       coreML_(networks_),

@@ -16,8 +16,11 @@
 #include "Desktop/Graphics/DesktopGraphics.h"
 #include "Desktop/ImageIO/DesktopImageIO.h"
 #include "Desktop/Localization/StringsFile.h"
+#include "Desktop/RemoteConfig/DesktopRemoteConfig.h"
+#include "Desktop/URLSession/DesktopURLSession.h"
 #include "Desktop/Vision/DesktopVision.h"
 #include "Neural/Runtime/NetworkCache.h"
+#include "Quillmere/Models/Services/ProjectSettings.h"
 
 namespace quillmere {
 
@@ -34,9 +37,12 @@ public:
     Graphics& graphics() { return graphics_; }
     ImageIO& imageIO() { return imageIO_; }
     FileManager& fileManager() { return fileManager_; }
+    URLSession& urlSession() { return urlSession_; }
+    RemoteConfig& remoteConfig() { return remoteConfig_; }
     Analytics& analytics() { return analytics_; }
     CrashLog& crashLog() { return crashLog_; }
     Console& console() { return console_; }
+    const ProjectSettings& projectSettings() const { return settings_; }
     const Localization& localization() const { return strings_; }
     const Bundles& bundles() const { return bundle_; }
 
@@ -56,6 +62,9 @@ private:
     RunFile crashLog_;
     EventLog analytics_;
     DesktopFileManager fileManager_;
+    ProjectSettings settings_;
+    DesktopURLSession urlSession_;
+    DesktopRemoteConfig remoteConfig_;
     DesktopImageIO imageIO_;
     DesktopGraphics graphics_;
     DesktopCoreImage coreImage_;

@@ -23,7 +23,7 @@ std::optional<fs::path> ResourceBundle::urlForResource(std::string_view name,
     const std::string file = std::string(name) + "." + std::string(extension);
     if (extension == "mlmodelc") return folder_ / "Models" / file;
     std::error_code failed;
-    for (const char* kind : {"Strings", "Samples"}) {
+    for (const char* kind : {"", "Strings", "Samples"}) {
         if (fs::path path = folder_ / kind / file; fs::exists(path, failed)) return path;
     }
     return std::nullopt;

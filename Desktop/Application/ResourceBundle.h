@@ -9,7 +9,8 @@
 
 namespace quillmere {
 
-/// `Models/` holds the compiled networks, `Strings/` the texts, `Samples/` pictures to try.
+/// `Models/` holds the compiled networks, `Strings/` the texts, `Samples/` pictures to try; what is
+/// one of its kind lies in the folder itself.
 class ResourceBundle final : public Bundles, public Bundle {
 public:
     explicit ResourceBundle(std::filesystem::path folder) : folder_(std::move(folder)) {}

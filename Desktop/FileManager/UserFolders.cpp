@@ -11,6 +11,15 @@ namespace {
 
 constexpr mode_t onlyTheUser = 0700;
 
+std::optional<fs::path> userFolder(const char* variable, const fs::path& inHome) {
+    // By the rules, a relative path counts as none.
+    const char* named = std::getenv(variable);
+    if (named && fs::path(named).is_absolute()) return fs::path(named) / "quillmere";
+    const char* home = std::getenv("HOME");
+    if (home && fs::path(home).is_absolute()) return fs::path(home) / inHome / "quillmere";
+    return std::nullopt;
+}
+
 bool makeFolder(const fs::path& folder) {
     if (mkdir(folder.c_str(), onlyTheUser) == 0 || errno == EEXIST) return true;
     return errno == ENOENT && folder.has_relative_path() && makeFolder(folder.parent_path()) &&
@@ -19,15 +28,16 @@ bool makeFolder(const fs::path& folder) {
 
 }  // namespace
 
+std::optional<fs::path> userDataFolder() {
+    return userFolder("XDG_DATA_HOME", ".local/share");
+}
+
 std::optional<fs::path> userStateFolder() {
-    // By the XDG base directory rules, a relative path counts as none.
-    const char* state = std::getenv("XDG_STATE_HOME");
-    if (state && fs::path(state).is_absolute()) return fs::path(state) / "quillmere";
-    const char* home = std::getenv("HOME");
-    if (home && fs::path(home).is_absolute()) {
-        return fs::path(home) / ".local" / "state" / "quillmere";
-    }
-    return std::nullopt;
+    return userFolder("XDG_STATE_HOME", ".local/state");
+}
+
+std::optional<fs::path> userCacheFolder() {
+    return userFolder("XDG_CACHE_HOME", ".cache");
 }
 
 bool makePrivateFolder(const fs::path& folder) {
