@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "Desktop/FileManager/UserFolders.h"
+
 namespace quillmere {
 
 Result<std::unique_ptr<DesktopPlatform>> DesktopPlatform::make() {
@@ -17,6 +19,7 @@ Result<std::unique_ptr<DesktopPlatform>> DesktopPlatform::make() {
 DesktopPlatform::DesktopPlatform(ResourceBundle bundle, StringsFile strings)
     : bundle_(std::move(bundle)),
       strings_(std::move(strings)),
+      userDefaults_(userDataFolder(), console_),
       imageIO_(pool_),
       coreImage_(pool_),
       coreML_(networks_),

@@ -15,6 +15,7 @@
 #include "Desktop/Graphics/DesktopGraphics.h"
 #include "Desktop/ImageIO/DesktopImageIO.h"
 #include "Desktop/Localization/StringsFile.h"
+#include "Desktop/UserDefaults/DesktopUserDefaults.h"
 #include "Desktop/Vision/DesktopVision.h"
 #include "Neural/Runtime/NetworkCache.h"
 
@@ -33,6 +34,7 @@ public:
     Graphics& graphics() { return graphics_; }
     ImageIO& imageIO() { return imageIO_; }
     FileManager& fileManager() { return fileManager_; }
+    DesktopUserDefaults& userDefaults() { return userDefaults_; }
     Analytics& analytics() { return analytics_; }
     Console& console() { return console_; }
     const Localization& localization() const { return strings_; }
@@ -49,6 +51,7 @@ private:
     ErrorStreamConsole console_;
     SilentAnalytics analytics_;
     DesktopFileManager fileManager_;
+    DesktopUserDefaults userDefaults_;
     DesktopImageIO imageIO_;
     DesktopGraphics graphics_;
     DesktopCoreImage coreImage_;
