@@ -5,6 +5,7 @@
 #include "CommandLine/EnhanceCommand.h"
 #include "CommandLine/Interruption.h"
 #include "CommandLine/Options.h"
+#include "CommandLine/SettingsCommand.h"
 #include "CommandLine/StylesCommand.h"
 #include "Desktop/DesktopPlatform.h"
 
@@ -31,6 +32,9 @@ int main(int argc, char** argv) {
     if (!platform) return fail(platform.error().localizedDescription);
     if (const auto* styles = std::get_if<cli::StylesOptions>(&command)) {
         return cli::listStyles(*styles, (*platform)->localization());
+    }
+    if (const auto* settings = std::get_if<cli::SettingsOptions>(&command)) {
+        return cli::runSettings(*settings, (*platform)->userDefaults());
     }
     return cli::EnhanceCommand(**platform, interruption, std::get<cli::EnhanceOptions>(command))
         .run();

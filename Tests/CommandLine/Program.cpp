@@ -4,10 +4,13 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
+
+#include "Tests/TemporaryFolder.h"
 
 namespace quillmere {
 namespace {
@@ -40,11 +43,17 @@ Channel makeChannel(bool terminal) {
 }
 
 [[noreturn]] void become(std::vector<std::string> arguments, const std::filesystem::path& folder,
-                         const ProgramOptions& options, int out, int err) {
+                         const ProgramOptions& options, const std::filesystem::path& home, int out,
+                         int err) {
     dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
     dup2(out, STDOUT_FILENO);
     dup2(err, STDERR_FILENO);
     if (chdir(folder.c_str()) != 0) _exit(126);
+    setenv("HOME", home.c_str(), 1);
+    for (const char* name :
+         {"XDG_CACHE_HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME"}) {
+        unsetenv(name);
+    }
     for (const auto& [name, value] : options.environment) setenv(name.c_str(), value.c_str(), 1);
     if (options.unprivileged && getuid() == 0 && (setgid(nobody) != 0 || setuid(nobody) != 0)) {
         _exit(126);
@@ -71,11 +80,13 @@ bool readMore(int from, std::string& into) {
 
 ProgramResult runProgram(const std::vector<std::string>& arguments,
                          const std::filesystem::path& folder, const ProgramOptions& options) {
+    const TemporaryFolder home;
+    chmod(home.path().c_str(), 0777);  // an unprivileged program may use it too
     const Channel out = makeChannel(false);
     const Channel err = makeChannel(options.terminal);
     if (out.reading < 0 || err.reading < 0) return {};
     const pid_t process = fork();
-    if (process == 0) become(arguments, folder, options, out.writing, err.writing);
+    if (process == 0) become(arguments, folder, options, home.path(), out.writing, err.writing);
     close(out.writing);
     close(err.writing);
 

@@ -26,7 +26,9 @@ struct ProgramOptions {
     std::function<void(const std::string& err, pid_t process)> onError;
 };
 
-/// Runs `quillmere-cli` with `folder` as its current directory, and waits for its end.
+/// Runs `quillmere-cli` with `folder` as its current directory, and waits for its end. It never
+/// meets the home of whoever runs the tests: without a HOME or XDG folder in the options'
+/// environment, it has an empty one that goes with it.
 ProgramResult runProgram(const std::vector<std::string>& arguments,
                          const std::filesystem::path& folder, const ProgramOptions& options = {});
 
