@@ -74,7 +74,7 @@ Result<void> enlarge(DesktopPlatform& platform, Vision& vision, EnhanceStyle sty
     const auto picture = platform.imageIO().imageWithData(*data);
     if (!picture) return picture.error();
 
-    const cli::LimitOption limit(1024);
+    const cli::LimitOption limit(platform.userDefaults(), 1024);
     TileEngine engine({limit, platform.graphics(), platform.coreImage(), vision, catalogue,
                        platform.dispatch(), platform.analytics(), platform.localization(),
                        platform.console()});

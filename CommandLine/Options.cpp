@@ -24,8 +24,7 @@ std::map<std::string, EnhanceStyle> stylesByName() {
 
 std::map<std::string, PictureFormat> formatsByName() {
     std::map<std::string, PictureFormat> names;
-    for (const PictureFormat format :
-         {PictureFormat::jpg, PictureFormat::heic, PictureFormat::png}) {
+    for (const PictureFormat format : UserDefaultsHelper::allImageFormats) {
         names.emplace(std::string(formatName(format)), format);
     }
     return names;
@@ -36,6 +35,12 @@ std::string namesOf(const std::map<std::string, Value>& byName) {
     std::string list;
     for (const auto& [name, value] : byName) list += (list.empty() ? "" : ", ") + name;
     return list;
+}
+
+std::map<std::string, Setting> settingsByKey() {
+    std::map<std::string, Setting> keys;
+    for (const Setting& setting : allSettings()) keys.emplace(std::string(setting.key), setting);
+    return keys;
 }
 
 /// What CLI11 can't see: options that don't go together.
@@ -89,14 +94,15 @@ Command parseArguments(int argc, const char* const* argv) {
         ->option_text("NAME");
     enhanceCommand
         ->add_option("--format", formatChoice,
-                     "One of: " + namesOf(formats) + " (default: by the name after -o, else jpg)")
+                     "One of: " + namesOf(formats) +
+                         " (default: by the name after -o, else the setting imageFormatKey)")
         ->check(CLI::IsMember(&formats))
         ->option_text("NAME");
     enhanceCommand
         ->add_option("--limit", enhance.limit,
                      "The longest side of the picture that is enlarged, in pixels: 1024 or 2048; "
-                     "a larger picture is reduced to it first")
-        ->capture_default_str()
+                     "a larger picture is reduced to it first "
+                     "(default: the setting resolutionLimitIndexKey)")
         ->check(CLI::IsMember({1024, 2048}))
         ->option_text("PIXELS");
     enhanceCommand->add_flag("--force", enhance.force, "Replace existing files");
@@ -113,6 +119,20 @@ Command parseArguments(int argc, const char* const* argv) {
         "diagnostics",
         "Show what the last runs did before their end, and where events are recorded");
     diagnosticsCommand->add_flag("--json", diagnosticsOptions.json, "One JSON object a line");
+    const auto settings = settingsByKey();
+    SettingsOptions settingsOptions;
+    std::string settingKey;
+    std::string settingText;
+    CLI::App* settingsCommand = app.add_subcommand(
+        "settings", "List what is stored, read one setting of it, or change one");
+    auto* keyOption = settingsCommand->add_option("KEY", settingKey, "One of: " + namesOf(settings))
+                          ->option_text(" ");
+    auto* valueOption = settingsCommand
+                            ->add_option("VALUE", settingText,
+                                         "What to store: jpg, heic or png for a format, 1024 or "
+                                         "2048 for the limit, true or false, or a number")
+                            ->option_text(" ");
+    settingsCommand->add_flag("--json", settingsOptions.json, "One JSON object a line");
 
     // CLI11 would only say that a command is missing.
     const auto named = [&](const CLI::App* command) { return command->check_name(argv[1]); };
@@ -132,6 +152,25 @@ Command parseArguments(int argc, const char* const* argv) {
     }
     if (stylesCommand->parsed()) return stylesOptions;
     if (diagnosticsCommand->parsed()) return diagnosticsOptions;
+    if (settingsCommand->parsed()) {
+        if (!keyOption->empty()) {
+            const auto found = settings.find(settingKey);
+            if (found == settings.end()) {
+                return usage("There is no setting " + settingKey +
+                             "; there are: " + namesOf(settings) + ".");
+            }
+            settingsOptions.setting = found->second;
+        }
+        if (!valueOption->empty()) {
+            const SettingKind kind = settingsOptions.setting->kind;
+            settingsOptions.value = settingValue(kind, settingText);
+            if (!settingsOptions.value) {
+                return usage(settingKey + " can't be \"" + settingText + "\"; it is " +
+                             std::string(valuesOf(kind)) + ".");
+            }
+        }
+        return settingsOptions;
+    }
 
     enhance.style = styles.at(styleName);
     if (!formatChoice.empty()) enhance.format = formats.at(formatChoice);

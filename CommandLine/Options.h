@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "CommandLine/PictureFormat.h"
+#include "CommandLine/Setting.h"
 #include "Quillmere/Models/Enhance/EnhanceStyle.h"
 
 namespace quillmere::cli {
@@ -16,8 +17,8 @@ struct EnhanceOptions {
     std::vector<std::filesystem::path> inputs;
     std::optional<std::filesystem::path> output;  // a file or a folder, as given
     EnhanceStyle style = EnhanceStyle::high;
-    std::optional<PictureFormat> format;
-    int limit = 1024;  // or 2048
+    std::optional<PictureFormat> format;  // the stored choice where there is none
+    std::optional<int> limit;             // 1024 or 2048; likewise
     bool force = false;
     bool json = false;
     bool quiet = false;
@@ -31,13 +32,21 @@ struct DiagnosticsOptions {
     bool json = false;
 };
 
+/// Without a setting, all of them are listed; without a value, the setting is read.
+struct SettingsOptions {
+    std::optional<Setting> setting;
+    std::optional<SettingValue> value;  // of the setting's kind
+    bool json = false;
+};
+
 /// A text to print, and the exit code that goes with it: help, version, or a usage error.
 struct Message {
     std::string text;
     int exitCode = 0;
 };
 
-using Command = std::variant<EnhanceOptions, StylesOptions, DiagnosticsOptions, Message>;
+using Command =
+    std::variant<EnhanceOptions, StylesOptions, DiagnosticsOptions, SettingsOptions, Message>;
 
 /// Never throws; whatever is wrong with the arguments is a `Message` with exit code 2.
 Command parseArguments(int argc, const char* const* argv);

@@ -18,7 +18,8 @@ fs::path folderOf(const fs::path& file) {
 
 }  // namespace
 
-OutputPlan::OutputPlan(const EnhanceOptions& options) : options_(options) {
+OutputPlan::OutputPlan(const EnhanceOptions& options, PictureFormat otherwise)
+    : options_(options), otherwise_(otherwise) {
     std::error_code ignored;
     intoFolder_ = options.output && fs::is_directory(*options.output, ignored);
 }
@@ -27,10 +28,9 @@ Result<OutputFile> OutputPlan::outputFor(const fs::path& input) {
     OutputFile file;
     if (options_.output && !intoFolder_) {
         file.path = *options_.output;
-        file.format =
-            options_.format.value_or(formatOfExtension(file.path).value_or(PictureFormat::jpg));
+        file.format = options_.format.value_or(formatOfExtension(file.path).value_or(otherwise_));
     } else {
-        file.format = options_.format.value_or(PictureFormat::jpg);
+        file.format = options_.format.value_or(otherwise_);
         const std::string name = input.stem().string() + "_" +
                                  std::string(displayKey(options_.style)) + "." +
                                  std::string(formatName(file.format));

@@ -17,7 +17,8 @@ struct OutputFile {
 /// Names the results of one run, and finds out before the work what would make it vain.
 class OutputPlan {
 public:
-    explicit OutputPlan(const EnhanceOptions& options);
+    /// Results are written in `otherwise` where neither an option nor a name asks for a format.
+    OutputPlan(const EnhanceOptions& options, PictureFormat otherwise);
 
     /// The file for `input`. Fails where it exists and `--force` was not given, where it is one of
     /// the run's inputs or an earlier result of the run, and where its folder is missing or
@@ -28,6 +29,7 @@ private:
     Result<void> check(const std::filesystem::path& output) const;
 
     EnhanceOptions options_;
+    PictureFormat otherwise_;
     bool intoFolder_;
     std::set<std::filesystem::path> taken_;
 };

@@ -19,6 +19,13 @@ std::string_view formatName(PictureFormat format) {
     invariantBroken();
 }
 
+std::optional<PictureFormat> formatNamed(std::string_view name) {
+    for (const PictureFormat format : UserDefaultsHelper::allImageFormats) {
+        if (formatName(format) == name) return format;
+    }
+    return std::nullopt;
+}
+
 std::optional<PictureFormat> formatOfExtension(const std::filesystem::path& file) {
     std::string extension = file.extension().string();
     std::transform(extension.begin(), extension.end(), extension.begin(), [](char c) {

@@ -5,12 +5,17 @@
 #include <optional>
 #include <string_view>
 
+#include "Quillmere/Models/Services/UserDefaultsHelper.h"
+
 namespace quillmere::cli {
 
-enum class PictureFormat { jpg, heic, png };
+using PictureFormat = UserDefaultsHelper::ImageFormat;
 
 /// Its name on the command line, which is also its file extension.
 std::string_view formatName(PictureFormat format);
+
+/// The format of that name; nothing where there is none.
+std::optional<PictureFormat> formatNamed(std::string_view name);
 
 /// The format that a file name's extension asks for (jpg, jpeg, heic, heif, png, in any case);
 /// nothing for another one or none.

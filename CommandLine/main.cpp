@@ -6,6 +6,7 @@
 #include "CommandLine/EnhanceCommand.h"
 #include "CommandLine/Interruption.h"
 #include "CommandLine/Options.h"
+#include "CommandLine/SettingsCommand.h"
 #include "CommandLine/StylesCommand.h"
 #include "Desktop/DesktopPlatform.h"
 #include "Desktop/FileManager/UserFolders.h"
@@ -22,6 +23,9 @@ int fail(const std::string& sentence) {
 int run(const cli::Command& command, DesktopPlatform& platform, cli::Interruption& interruption) {
     if (const auto* styles = std::get_if<cli::StylesOptions>(&command)) {
         return cli::listStyles(*styles, platform.localization());
+    }
+    if (const auto* settings = std::get_if<cli::SettingsOptions>(&command)) {
+        return cli::runSettings(*settings, platform.userDefaults());
     }
     return cli::EnhanceCommand(platform, interruption, std::get<cli::EnhanceOptions>(command))
         .run();

@@ -36,6 +36,7 @@ DesktopPlatform::DesktopPlatform(ResourceBundle bundle, StringsFile strings)
       urlSession_(dispatch_),
       remoteConfig_({urlSession_, fileManager_, dispatch_, bundle_, console_},
                     settings_.remoteConfigEndpoint, userCacheFolder()),
+      userDefaults_(userDataFolder(), console_),
       imageIO_(pool_),
       coreImage_(pool_),
       coreML_(networks_),

@@ -18,6 +18,7 @@
 #include "Desktop/Localization/StringsFile.h"
 #include "Desktop/RemoteConfig/DesktopRemoteConfig.h"
 #include "Desktop/URLSession/DesktopURLSession.h"
+#include "Desktop/UserDefaults/DesktopUserDefaults.h"
 #include "Desktop/Vision/DesktopVision.h"
 #include "Neural/Runtime/NetworkCache.h"
 #include "Quillmere/Models/Services/ProjectSettings.h"
@@ -39,6 +40,7 @@ public:
     FileManager& fileManager() { return fileManager_; }
     URLSession& urlSession() { return urlSession_; }
     RemoteConfig& remoteConfig() { return remoteConfig_; }
+    DesktopUserDefaults& userDefaults() { return userDefaults_; }
     Analytics& analytics() { return analytics_; }
     CrashLog& crashLog() { return crashLog_; }
     Console& console() { return console_; }
@@ -65,6 +67,7 @@ private:
     ProjectSettings settings_;
     DesktopURLSession urlSession_;
     DesktopRemoteConfig remoteConfig_;
+    DesktopUserDefaults userDefaults_;
     DesktopImageIO imageIO_;
     DesktopGraphics graphics_;
     DesktopCoreImage coreImage_;

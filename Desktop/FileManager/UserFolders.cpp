@@ -28,17 +28,11 @@ bool makeFolder(const fs::path& folder) {
 
 }  // namespace
 
-std::optional<fs::path> userDataFolder() {
-    return userFolder("XDG_DATA_HOME", ".local/share");
-}
+std::optional<fs::path> userDataFolder() { return userFolder("XDG_DATA_HOME", ".local/share"); }
 
-std::optional<fs::path> userStateFolder() {
-    return userFolder("XDG_STATE_HOME", ".local/state");
-}
+std::optional<fs::path> userStateFolder() { return userFolder("XDG_STATE_HOME", ".local/state"); }
 
-std::optional<fs::path> userCacheFolder() {
-    return userFolder("XDG_CACHE_HOME", ".cache");
-}
+std::optional<fs::path> userCacheFolder() { return userFolder("XDG_CACHE_HOME", ".cache"); }
 
 bool makePrivateFolder(const fs::path& folder) {
     struct stat status {};

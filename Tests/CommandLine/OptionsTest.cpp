@@ -5,8 +5,12 @@
 #include <stdlib.h>
 
 #include <filesystem>
+#include <limits>
 
+#include "CommandLine/LimitOption.h"
 #include "CommandLine/ProgressLine.h"
+#include "Quillmere/Models/Services/ResolutionLimit.h"
+#include "Tests/Fakes/FakeUserDefaults.h"
 
 namespace quillmere::cli {
 namespace {
@@ -24,7 +28,7 @@ TEST(Options, DefaultsNeedNoManual) {
     EXPECT_FALSE(options.output);
     EXPECT_EQ(options.style, EnhanceStyle::high);
     EXPECT_FALSE(options.format);
-    EXPECT_EQ(options.limit, 1024);
+    EXPECT_FALSE(options.limit);
     EXPECT_FALSE(options.force || options.json || options.quiet);
 }
 
@@ -58,6 +62,18 @@ TEST(Options, WrongUseIsToldWithCodeTwo) {
         {{"enhance", "a.png", "-o", "no-such-folder/"}, "no folder"},
         {{"enhance", "a.png", "--unknown"}, "--unknown"},
         {{"styles", "extra"}, "extra"},
+        {{"settings", "noSuchKey"}, "no setting noSuchKey; there are: enableCropKey, "},
+        {{"settings", "noSuchKey", "1"}, "no setting noSuchKey"},
+        {{"settings", ""}, "no setting"},
+        {{"settings", "imageFormatKey", "gif"}, "can't be \"gif\"; it is jpg, heic or png"},
+        {{"settings", "imageFormatKey", "1"}, "can't be"},
+        {{"settings", "imageFormatKey", ""}, "can't be"},
+        {{"settings", "resolutionLimitIndexKey", "1"}, "1024 or 2048"},
+        {{"settings", "enableCropKey", "yes"}, "true or false"},
+        {{"settings", "launchCountKey", "-1"}, "whole number"},
+        {{"settings", "launchCountKey", "1.5"}, "whole number"},
+        {{"settings", "launchCountKey", "9223372036854775808"}, "whole number"},
+        {{"settings", "launchCountKey", "1", "2"}, "2"},
     };
     for (const Case& c : cases) {
         const Command command = parse(c.arguments);
@@ -68,6 +84,31 @@ TEST(Options, WrongUseIsToldWithCodeTwo) {
     }
 }
 
+TEST(Options, ASettingTakesAValueOfItsKind) {
+    const auto all = std::get<SettingsOptions>(parse({"settings", "--json"}));
+    EXPECT_TRUE(all.json && !all.setting && !all.value);
+    const auto read = std::get<SettingsOptions>(parse({"settings", "launchCountKey"}));
+    EXPECT_TRUE(read.setting && !read.value && !read.json);
+
+    const struct {
+        const char *key, *text;
+        SettingValue expected;
+    } cases[] = {
+        {"imageFormatKey", "png", std::string("png")},
+        {"resolutionLimitIndexKey", "2048", std::int64_t{2048}},
+        {"preserveLocationKey", "true", true},
+        {"enableCropKey", "false", false},
+        {"reviewCountKey", "0", std::int64_t{0}},
+        {"launchCountKey", "9223372036854775807", std::numeric_limits<std::int64_t>::max()},
+    };
+    for (const auto& c : cases) {
+        const auto options = std::get<SettingsOptions>(parse({"settings", c.key, c.text}));
+        ASSERT_TRUE(options.setting) << c.key;
+        EXPECT_EQ(options.setting->key, c.key);
+        EXPECT_EQ(options.value, c.expected) << c.key;
+    }
+}
+
 TEST(Options, HelpAndVersionSucceed) {
     for (const auto& [argument, says] : {std::pair{"--help", "enhance"}, {"--version", "0."}}) {
         const auto message = std::get<Message>(parse({argument}));
@@ -75,6 +116,22 @@ TEST(Options, HelpAndVersionSucceed) {
         EXPECT_THAT(message.text, HasSubstr(says));
     }
     EXPECT_THAT(std::get<Message>(parse({"enhance", "--help"})).text, HasSubstr("--limit"));
+}
+
+TEST(LimitOption, WinsOverTheStoredLimitAndLeavesEverythingElse) {
+    CallLog log;
+    FakeUserDefaults stored(log);
+    for (const int index : {0, 1}) {
+        stored.integers = {{"resolutionLimitIndexKey", index}, {"imageFormatKey", 2}};
+        const double storedLimit = index == 0 ? 1024 : 2048;
+        EXPECT_EQ(resolutionLimit(LimitOption(stored, std::nullopt)), storedLimit);
+        for (const int limit : {1024, 2048}) {
+            const LimitOption option(stored, limit);
+            EXPECT_EQ(resolutionLimit(option), limit);
+            EXPECT_EQ(option.integerForKey("imageFormatKey"), 2);
+        }
+        EXPECT_EQ(resolutionLimit(stored), storedLimit) << "the option was stored";
+    }
 }
 
 TEST(ProgressText, TellsTheTimeLeftOnceItIsKnown) {

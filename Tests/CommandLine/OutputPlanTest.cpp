@@ -35,6 +35,7 @@ TEST_F(OutputPlans, NamesTheResultByInputStyleAndFormat) {
         std::optional<PictureFormat> format;
         fs::path expected;
         PictureFormat expectedFormat;
+        PictureFormat otherwise = PictureFormat::jpg;
     };
     const Case cases[] = {
         {{}, {}, folder / "my.cat_high.jpg", PictureFormat::jpg},
@@ -44,12 +45,22 @@ TEST_F(OutputPlans, NamesTheResultByInputStyleAndFormat) {
         {folder / "out.jpeg", {}, folder / "out.jpeg", PictureFormat::jpg},
         {folder / "out", {}, folder / "out", PictureFormat::jpg},
         {folder / "out.bak", PictureFormat::heic, folder / "out.bak", PictureFormat::heic},
+        // The stored choice decides only where nothing else does.
+        {{}, {}, folder / "my.cat_high.heic", PictureFormat::heic, PictureFormat::heic},
+        {album, {}, album / "my.cat_high.png", PictureFormat::png, PictureFormat::png},
+        {folder / "out", {}, folder / "out", PictureFormat::png, PictureFormat::png},
+        {folder / "out.png", {}, folder / "out.png", PictureFormat::png, PictureFormat::heic},
+        {{},
+         PictureFormat::jpg,
+         folder / "my.cat_high.jpg",
+         PictureFormat::jpg,
+         PictureFormat::heic},
     };
     for (const Case& c : cases) {
         EnhanceOptions options = optionsFor({input});
         options.output = c.output;
         options.format = c.format;
-        const auto output = OutputPlan(options).outputFor(input);
+        const auto output = OutputPlan(options, c.otherwise).outputFor(input);
         ASSERT_TRUE(output) << output.error().localizedDescription;
         EXPECT_EQ(output->path, c.expected);
         EXPECT_EQ(output->format, c.expectedFormat);
@@ -59,15 +70,15 @@ TEST_F(OutputPlans, NamesTheResultByInputStyleAndFormat) {
 TEST_F(OutputPlans, AnExistingFileNeedsForce) {
     EnhanceOptions options = optionsFor({input});
     options.output = folder.write("there.jpg", "old");
-    OutputPlan careful(options);
+    OutputPlan careful(options, PictureFormat::jpg);
     EXPECT_THAT(refusal(careful, input), HasSubstr("already exists"));
     options.force = true;
-    OutputPlan forced(options);
+    OutputPlan forced(options, PictureFormat::jpg);
     EXPECT_EQ(refusal(forced, input), "accepted");
     fs::create_symlink("nowhere", folder / "dangling.jpg");
     options.force = false;
     options.output = folder / "dangling.jpg";
-    OutputPlan dangling(options);
+    OutputPlan dangling(options, PictureFormat::jpg);
     EXPECT_THAT(refusal(dangling, input), HasSubstr("already exists"));
 }
 
@@ -78,7 +89,7 @@ TEST_F(OutputPlans, NoInputOfTheRunIsEverReplaced) {
         EnhanceOptions options = optionsFor({input, other});
         options.output = target;
         options.force = true;
-        OutputPlan plan(options);
+        OutputPlan plan(options, PictureFormat::jpg);
         EXPECT_THAT(refusal(plan, input), HasSubstr("would replace the input")) << target;
     }
 }
@@ -90,7 +101,7 @@ TEST_F(OutputPlans, TwoInputsOfOneNameDoNotShareAResult) {
     fs::create_directory(folder / "out");
     options.output = folder / "out";
     options.force = true;
-    OutputPlan plan(options);
+    OutputPlan plan(options, PictureFormat::jpg);
     EXPECT_EQ(refusal(plan, input), "accepted");
     EXPECT_THAT(refusal(plan, twin), HasSubstr("earlier result"));
 }
@@ -98,13 +109,13 @@ TEST_F(OutputPlans, TwoInputsOfOneNameDoNotShareAResult) {
 TEST_F(OutputPlans, AFolderThatIsMissingOrInTheWayIsToldBeforeTheWork) {
     EnhanceOptions options = optionsFor({input});
     options.output = folder / "missing/out.jpg";
-    OutputPlan missing(options);
+    OutputPlan missing(options, PictureFormat::jpg);
     EXPECT_THAT(refusal(missing, input), HasSubstr("There is no folder"));
 
     fs::create_directory(folder / "my.cat_high.jpg");
     EnhanceOptions inTheWay = optionsFor({input});
     inTheWay.force = true;
-    OutputPlan plan(inTheWay);
+    OutputPlan plan(inTheWay, PictureFormat::jpg);
     EXPECT_THAT(refusal(plan, input), HasSubstr("is a folder"));
 }
 

@@ -1,13 +1,13 @@
 // A library to preload under a program, which puts faults into its file operations.
 //
 // QUILLMERE_FAULT=CALL:N:WHAT  the N-th CALL (from 1) fails, and every later one of the same kind:
-//                              CALL is write, fsync, linkat or rename (rename counts renameat2
-//                              too); WHAT is ENOSPC, EIO, or KILL, which ends the process by
-//                              SIGKILL in the place of the call. A write that fails first writes
-//                              half of its bytes, as a full disk does.
+//                              CALL is write, fsync, linkat or rename (which count pwrite64,
+//                              fdatasync and renameat2 too); WHAT is ENOSPC, EIO, or KILL, which
+//                              ends the process by SIGKILL in the place of the call. A write that
+//                              fails first writes half of its bytes, as a full disk does.
 // QUILLMERE_NO_TMPFILE=1       files without a name are not supported.
 //
-// Only writes to regular files count.
+// Only writes to regular files count, and each pwrite64.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <signal.h>
@@ -96,7 +96,20 @@ ssize_t write(int file, const void* bytes, size_t count) {
     return real(file, bytes, count);
 }
 
+ssize_t pwrite64(int file, const void* bytes, size_t count, off64_t offset) {
+    auto* const real = next<ssize_t(int, const void*, size_t, off64_t)>("pwrite64");
+    if (fails("write")) {
+        const int error = errno;
+        (void)real(file, bytes, count / 2, offset);
+        errno = error;
+        return -1;
+    }
+    return real(file, bytes, count, offset);
+}
+
 int fsync(int file) { return fails("fsync") ? -1 : next<int(int)>("fsync")(file); }
+
+int fdatasync(int file) { return fails("fsync") ? -1 : next<int(int)>("fdatasync")(file); }
 
 int linkat(int fromFolder, const char* from, int toFolder, const char* to, int flags) {
     if (fails("linkat")) return -1;

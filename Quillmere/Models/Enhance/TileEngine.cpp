@@ -8,15 +8,9 @@
 #include "Base/Invariant.h"
 #include "Quillmere/Models/Services/AnalyticsEvents.h"
 #include "Quillmere/Models/Services/FormatString.h"
+#include "Quillmere/Models/Services/ResolutionLimit.h"
 
 namespace quillmere {
-namespace {
-
-double resolutionLimit(const UserDefaults& userDefaults) {
-    return userDefaults.integerForKey("resolutionLimitIndexKey") == 0 ? 1024.0 : 2048.0;
-}
-
-}  // namespace
 
 /// What lives as long as one run.
 struct TileEngine::Run {

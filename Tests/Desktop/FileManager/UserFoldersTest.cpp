@@ -11,24 +11,28 @@ void setOrUnset(const char* name, const char* value) {
     value ? setenv(name, value, 1) : unsetenv(name);
 }
 
-TEST(UserFolders, TheCacheFollowsTheBaseDirectorySpecification) {
-    struct Case {
-        const char* cacheHome;
-        const char* home;
-        std::optional<std::filesystem::path> expected;
+TEST(UserFolders, FollowTheBaseDirectoryRules) {
+    struct Folder {
+        const char* variable;
+        const char* inHome;
+        std::optional<std::filesystem::path> (*folder)();
     };
-    const Case cases[] = {
-        {"/var/cache/me", "/home/me", "/var/cache/me/quillmere"},
-        {nullptr, "/home/me", "/home/me/.cache/quillmere"},
-        {"", "/home/me", "/home/me/.cache/quillmere"},
-        {"relative", "/home/me", "/home/me/.cache/quillmere"},
-        {nullptr, nullptr, std::nullopt},
-        {nullptr, "", std::nullopt},
+    const Folder folders[] = {
+        {"XDG_CACHE_HOME", ".cache", userCacheFolder},
+        {"XDG_DATA_HOME", ".local/share", userDataFolder},
+        {"XDG_STATE_HOME", ".local/state", userStateFolder},
     };
-    for (const Case& c : cases) {
-        setOrUnset("XDG_CACHE_HOME", c.cacheHome);
-        setOrUnset("HOME", c.home);
-        EXPECT_EQ(userCacheFolder(), c.expected);
+    for (const auto& [variable, inHome, folder] : folders) {
+        setOrUnset(variable, "/var/cache/me");
+        setOrUnset("HOME", "/home/me");
+        EXPECT_EQ(folder(), "/var/cache/me/quillmere");
+        for (const char* noPath : {static_cast<const char*>(nullptr), "", "relative"}) {
+            setOrUnset(variable, noPath);
+            setOrUnset("HOME", "/home/me");
+            EXPECT_EQ(folder(), std::filesystem::path("/home/me") / inHome / "quillmere");
+            setOrUnset("HOME", noPath);
+            EXPECT_EQ(folder(), std::nullopt);
+        }
     }
 }
 
