@@ -32,5 +32,7 @@ void measureNetworks(const Setting& setting);
 void measureLoading(const Setting& setting);
 void measurePictures(const Setting& setting);
 void measureEncoding(const Setting& setting);
+void measureEvents(const Setting& setting);
+void measureWarmUp(const Setting& setting);
 
 }  // namespace quillmere::benchmark

@@ -18,17 +18,19 @@ struct Spread {
     double upper = 0;
 };
 
-/// `samples` must not be empty. Between two samples, quantiles are interpolated.
-inline Spread spreadOf(std::vector<double> samples) {
+/// Below which value the `part` of the samples lies, 0 to 1. `samples` must not be empty. Between
+/// two samples, it is interpolated.
+inline double quantileOf(std::vector<double> samples, double part) {
     std::sort(samples.begin(), samples.end());
-    const auto quantile = [&](double part) {
-        const double at = part * static_cast<double>(samples.size() - 1);
-        const auto below = static_cast<std::size_t>(at);
-        const auto above = std::min(below + 1, samples.size() - 1);
-        return samples[below] +
-               (at - static_cast<double>(below)) * (samples[above] - samples[below]);
-    };
-    return {quantile(0.25), quantile(0.5), quantile(0.75)};
+    const double at = part * static_cast<double>(samples.size() - 1);
+    const auto below = static_cast<std::size_t>(at);
+    const auto above = std::min(below + 1, samples.size() - 1);
+    return samples[below] + (at - static_cast<double>(below)) * (samples[above] - samples[below]);
+}
+
+/// `samples` must not be empty.
+inline Spread spreadOf(const std::vector<double>& samples) {
+    return {quantileOf(samples, 0.25), quantileOf(samples, 0.5), quantileOf(samples, 0.75)};
 }
 
 /// The wall time of one call, in seconds.
@@ -70,7 +72,7 @@ inline std::vector<Spread> takeTurns(const Rounds& rounds,
         }
     }
     std::vector<Spread> spreads;
-    for (std::vector<double>& taken : samples) spreads.push_back(spreadOf(std::move(taken)));
+    for (const std::vector<double>& taken : samples) spreads.push_back(spreadOf(taken));
     return spreads;
 }
 

@@ -14,6 +14,7 @@
 #include "Benchmarks/Process.h"
 #include "Benchmarks/Section.h"
 #include "Benchmarks/TemporaryFolder.h"
+#include "Benchmarks/WarmUpSection.h"
 #include "Benchmarks/WatchedEnlargement.h"
 
 namespace {
@@ -33,6 +34,8 @@ const Section kSections[] = {
     {"load", measureLoading, "loading networks"},
     {"picture", measurePictures, "whole pictures by the command line: time and memory"},
     {"heic", measureEncoding, "encoding 12 megapixels"},
+    {"warm-up", measureWarmUp, "the first conversion, with and without the warm-up at start"},
+    {"events", measureEvents, "what recording an event costs its caller"},
 };
 
 constexpr const char* kSectionMode = "--inside";
@@ -60,6 +63,7 @@ int runMode(const std::string& mode, const std::vector<std::string>& arguments) 
     if (mode == kSectionMode && !arguments.empty()) return runSection(arguments);
     if (mode == kLauncherMode && !arguments.empty()) return launch(arguments);
     if (mode == kLoadingMode && arguments.size() == 1) return loadTwice(arguments[0]);
+    if (mode == kFirstConversionMode && arguments.size() == 1) return convertFirst(arguments[0]);
     if (mode == kWatchedMode && arguments.size() == 3) {
         return enlargeWatched(arguments[0], arguments[1], arguments[2]);
     }
@@ -92,7 +96,8 @@ int runSections(const std::vector<std::string>& names, bool slow) {
 }  // namespace
 
 int main(int argc, char** argv) {
-    for (const char* mode : {kSectionMode, kLauncherMode, kLoadingMode, kWatchedMode}) {
+    for (const char* mode :
+         {kSectionMode, kLauncherMode, kLoadingMode, kFirstConversionMode, kWatchedMode}) {
         if (argc > 1 && std::string(argv[1]) == mode) {
             return runMode(mode, std::vector<std::string>(argv + 2, argv + argc));
         }

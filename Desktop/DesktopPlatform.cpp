@@ -33,6 +33,9 @@ DesktopPlatform::DesktopPlatform(ResourceBundle bundle, StringsFile strings)
       crashLog_(userStateFolder()),
       analytics_(userStateFolder()),
       settings_(settingsIn(bundle_, fileManager_, console_)),
+      services_(crashLog_),
+      consent_(dispatch_, fileManager_, userDataFolder(),
+               !settings_.adApplicationIdentifier.empty()),
       urlSession_(dispatch_),
       remoteConfig_({urlSession_, fileManager_, dispatch_, bundle_, console_},
                     settings_.remoteConfigEndpoint, userCacheFolder()),
@@ -45,6 +48,7 @@ DesktopPlatform::DesktopPlatform(ResourceBundle bundle, StringsFile strings)
 void DesktopPlatform::recordOrderlyEnd() {
     analytics_.end(std::chrono::milliseconds(500));
     crashLog_.end();
+    fileManager_.removeTemporaryDirectory();
 }
 
 }  // namespace quillmere

@@ -6,8 +6,10 @@
 #include "Base/Result.h"
 #include "Base/WorkerPool.h"
 #include "Desktop/Analytics/EventLog.h"
+#include "Desktop/Application/DesktopServices.h"
 #include "Desktop/Application/ErrorStreamConsole.h"
 #include "Desktop/Application/ResourceBundle.h"
+#include "Desktop/Consent/DesktopConsent.h"
 #include "Desktop/CoreImage/DesktopCoreImage.h"
 #include "Desktop/CoreML/DesktopCoreML.h"
 #include "Desktop/CrashLog/RunFile.h"
@@ -42,14 +44,17 @@ public:
     RemoteConfig& remoteConfig() { return remoteConfig_; }
     DesktopUserDefaults& userDefaults() { return userDefaults_; }
     Analytics& analytics() { return analytics_; }
+    FIRApp& services() { return services_; }
+    DesktopConsent& consent() { return consent_; }
     CrashLog& crashLog() { return crashLog_; }
     Console& console() { return console_; }
     const ProjectSettings& projectSettings() const { return settings_; }
     const Localization& localization() const { return strings_; }
     const Bundles& bundles() const { return bundle_; }
 
-    /// What an orderly end leaves on disk: waiting events, and that this run ended in order. For a
-    /// process that ends without destroying this object; may take half a second. Any thread.
+    /// What an orderly end leaves on disk: waiting events, that this run ended in order, and no
+    /// work files. For a process that ends without destroying this object; may take half a second.
+    /// Any thread.
     void recordOrderlyEnd();
 
 private:
@@ -65,6 +70,8 @@ private:
     EventLog analytics_;
     DesktopFileManager fileManager_;
     ProjectSettings settings_;
+    DesktopServices services_;
+    DesktopConsent consent_;
     DesktopURLSession urlSession_;
     DesktopRemoteConfig remoteConfig_;
     DesktopUserDefaults userDefaults_;

@@ -1,6 +1,7 @@
 // Files of the user on the desktop: read whole, written whole or not at all.
 #pragma once
 
+#include "Desktop/FileManager/TemporaryDirectory.h"
 #include "Platform/FileManager/FileManager.h"
 
 namespace quillmere {
@@ -14,6 +15,8 @@ namespace quillmere {
 /// write of NAME in the same folder removes it, unless another process is still writing it.
 class DesktopFileManager final : public FileManager {
 public:
+    DesktopFileManager();
+
     /// The largest file that is read; a larger one is an error.
     static constexpr std::size_t maximumSize = std::size_t{2} << 30;
 
@@ -25,6 +28,13 @@ public:
     /// refused as targets.
     Result<void> writeFile(const std::filesystem::path& path, std::span<const std::byte> contents,
                            WriteExisting existing) override;
+
+    std::filesystem::path temporaryDirectory() override { return temporary_.path(); }
+    /// For the orderly end of a process that does not destroy this object.
+    void removeTemporaryDirectory() { temporary_.remove(); }
+
+private:
+    TemporaryDirectory temporary_;
 };
 
 }  // namespace quillmere

@@ -28,6 +28,10 @@ public:
     /// part of the file under any name.
     virtual Result<void> writeFile(const std::filesystem::path& path,
                                    std::span<const std::byte> contents, WriteExisting existing) = 0;
+
+    /// A folder for this process alone, empty at its start and gone soon after its end. It exists
+    /// unless it can't be made; then nothing can be written into it.
+    virtual std::filesystem::path temporaryDirectory() = 0;
 };
 
 }  // namespace quillmere

@@ -54,6 +54,12 @@ TEST_P(FileManagerContract, GivesBackWhatWasWritten) {
     }
 }
 
+TEST_P(FileManagerContract, HasATemporaryFolderThatTakesFiles) {
+    const fs::path path = files->temporaryDirectory() / "a";
+    ASSERT_TRUE(files->writeFile(path, bytesOf("new"), WriteExisting::refuse));
+    EXPECT_EQ(*files->contentsOfFile(files->temporaryDirectory() / "a"), bytesOf("new"));
+}
+
 TEST_P(FileManagerContract, RefusingKeepsTheExistingFile) {
     ASSERT_TRUE(files->writeFile(folder / "a", bytesOf("old"), WriteExisting::refuse));
     EXPECT_EQ(writeCode("a", WriteExisting::refuse), EEXIST);

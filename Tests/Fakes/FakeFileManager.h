@@ -34,6 +34,11 @@ public:
         return {};
     }
 
+    std::filesystem::path temporaryDirectory() override {
+        folders.insert("/temporary");
+        return "/temporary";
+    }
+
 private:
     static Error failure(int number, const std::filesystem::path& path) {
         return {posixErrorDomain, number, "Something is wrong with " + path.string() + "."};

@@ -4,15 +4,20 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <memory>
 
+#include "Base/Shared.h"
 #include "Desktop/Application/ResourceBundle.h"
 #include "Desktop/Dispatch/DesktopDispatch.h"
 #include "Desktop/FileManager/DesktopFileManager.h"
 #include "Desktop/URLSession/DesktopURLSession.h"
+#include "Quillmere/Models/Services/RemoteConfigClient.h"
 #include "Tests/Awaited.h"
+#include "Tests/Fakes/FakeBundles.h"
 #include "Tests/Fakes/FakeConsole.h"
+#include "Tests/Fakes/FakeCoreML.h"
 #include "Tests/LoopbackServer.h"
 #include "Tests/TemporaryFolder.h"
 
@@ -55,7 +60,7 @@ protected:
         std::optional<Error> error;
     };
 
-    static Fetched fetch(DesktopRemoteConfig& config) {
+    static Fetched fetch(RemoteConfig& config) {
         Awaited<Fetched> promise;
         config.fetchAndActivateWithCompletionHandler(
             [&](Status status, const std::optional<Error>& error) {
@@ -92,6 +97,39 @@ TEST_F(RemoteValues, WithoutAnEndpointTheFetchEndsWellAndTouchesNothing) {
     EXPECT_EQ(text(*config, "name"), "built in");
     EXPECT_THAT(server.requests(), IsEmpty());
     EXPECT_EQ(folder.names(), std::set<std::string>{"Defaults.plist"});
+}
+
+TEST_F(RemoteValues, WarmUpOnceAfterEachGoodFetchThatSaysSoAndAfterNoOther) {
+    struct Case {
+        int status;
+        const char* document;
+        int predictions;
+    };
+    for (const auto& [status, document, predictions] :
+         {Case{200, "{\"enableWarmUp\": true}", 1}, Case{200, "{\"enableWarmUp\": false}", 0},
+          Case{500, "{\"enableWarmUp\": true}", 0}}) {
+        folder.write("RemoteConfigDefaults.plist",
+                     "<plist version=\"1.0\"><dict><key>enableWarmUp</key><false/></dict></plist>");
+        std::filesystem::remove_all(folder / "cache");
+        server.answer("/values", status, {}, document);
+        const auto config = start();
+        CallLog calls;
+        FakeBundles bundles(calls);
+        FakeCoreML coreML(calls);
+        const ModelCatalogue catalogue(coreML, bundles);
+        {
+            DesktopDispatch background;  // its end waits for the warm-up
+            ModelWarmUp warmUp(catalogue, coreML, background, console);
+            Shared<RemoteConfigClient> client(
+                [&] { return std::make_shared<RemoteConfigClient>(*config, warmUp, console); });
+            const Fetched fetched = fetch(client.get()->remoteConfig);
+            client.get()->fetchCompleted(fetched.status, fetched.error, client.get());
+        }
+        const auto lines = calls.lines();
+        EXPECT_EQ(std::count(lines.begin(), lines.end(), "prediction input 1 3 256 256"),
+                  predictions)
+            << status << document;
+    }
 }
 
 TEST_F(RemoteValues, AnAnswerThatIsNoDocumentIsAnErrorAndChangesNothing) {
