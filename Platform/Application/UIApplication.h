@@ -67,6 +67,9 @@ public:
     virtual ~UIApplication() = default;
 
     virtual std::vector<UIScene*> connectedScenes() const = 0;
+
+    /// Keeps the machine from sleeping for want of a user, while work goes on.
+    virtual void setIdleTimerDisabled(bool disabled) = 0;
 };
 
 }  // namespace quillmere

@@ -62,8 +62,10 @@ public:
 class FakeUIApplication final : public UIApplication {
 public:
     std::vector<UIScene*> scenes;
+    bool idleTimerDisabled = false;
 
     std::vector<UIScene*> connectedScenes() const override { return scenes; }
+    void setIdleTimerDisabled(bool disabled) override { idleTimerDisabled = disabled; }
 };
 
 }  // namespace quillmere
