@@ -5,6 +5,7 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <utility>
 
 #include "Base/Invariant.h"
 #include "Desktop/CoreImage/ImageNode.h"
@@ -14,6 +15,20 @@ namespace {
 
 // A band should stay in a core's cache between the steps that draw on it.
 constexpr std::size_t bandBytes = 256 << 10;
+
+bool isInterleaved(CVPixelFormat format) {
+    return format == CVPixelFormat::rgba8 || format == CVPixelFormat::bgra8;
+}
+
+void swapRedAndBlue(std::uint8_t* to, const std::uint8_t* from, std::size_t pixels) {
+    for (std::size_t i = 0; i < pixels; ++i, to += 4, from += 4) {
+        const std::uint8_t first = from[0];
+        to[0] = from[2];
+        to[1] = from[1];
+        to[2] = first;
+        to[3] = from[3];
+    }
+}
 
 class BandContext final : public CIContext {
 public:
@@ -37,6 +52,26 @@ public:
         if (!render(static_cast<const ImageNode&>(image), whole, bytesPerRow)) return {};
         return CGImage(size, bytesPerRow,
                        std::shared_ptr<const std::uint8_t>(pixels, pixels.get()));
+    }
+
+    bool renderToCVPixelBuffer(const CIImage& image, CVPixelBuffer& buffer,
+                               const Rect& bounds) override {
+        const Rect area{bounds.x, bounds.maxY() - buffer.size().height,
+                        static_cast<double>(buffer.size().width),
+                        static_cast<double>(buffer.size().height)};
+        if (!isWholePixels(bounds) || !isInterleaved(buffer.format())) invariantBroken();
+        const CIImageRef shown = image.imageByCroppingToRect(bounds);
+        const Surface whole(area, buffer.baseAddress(), buffer.bytesPerRow());
+        if (!render(static_cast<const ImageNode&>(*shown), whole, buffer.bytesPerRow())) {
+            return false;
+        }
+        const auto width = static_cast<std::size_t>(buffer.size().width);
+        for (std::size_t y = 0; y < whole.height(); ++y) {
+            std::uint8_t* row = whole.row(y);
+            if (buffer.format() == CVPixelFormat::bgra8) swapRedAndBlue(row, row, width);
+            for (std::size_t x = 0; x < width; ++x) row[4 * x + 3] = 255;
+        }
+        return true;
     }
 
 private:
@@ -70,9 +105,26 @@ CIImageRef DesktopCoreImage::imageWithImage(const UIImage& picture) {
 }
 
 CIImageRef DesktopCoreImage::imageWithCVPixelBuffer(const CVPixelBufferRef& buffer) {
-    return makeBitmapNode(
-        CGImage(buffer->size(), buffer->bytesPerRow(),
-                std::shared_ptr<const std::uint8_t>(buffer, buffer->baseAddress())));
+    std::shared_ptr<const CVPixelBuffer> rgba = buffer;
+    if (buffer->format() == CVPixelFormat::bgra8) {
+        std::shared_ptr<CVPixelBuffer> swapped;
+        try {
+            swapped = std::make_shared<CVPixelBuffer>(buffer->size(), CVPixelFormat::rgba8);
+        } catch (const std::bad_alloc&) {
+            return nullptr;
+        }
+        const PixelSize size = buffer->size();
+        for (int y = 0; y < size.height; ++y) {
+            const auto row = static_cast<std::size_t>(y);
+            swapRedAndBlue(swapped->baseAddress() + row * swapped->bytesPerRow(),
+                           buffer->baseAddress() + row * buffer->bytesPerRow(),
+                           static_cast<std::size_t>(size.width));
+        }
+        rgba = std::move(swapped);
+    }
+    if (rgba->format() != CVPixelFormat::rgba8) return nullptr;
+    return makeBitmapNode(CGImage(rgba->size(), rgba->bytesPerRow(),
+                                  std::shared_ptr<const std::uint8_t>(rgba, rgba->baseAddress())));
 }
 
 std::unique_ptr<CIContext> DesktopCoreImage::makeContext(const CIContextOptions&) {

@@ -1,42 +1,110 @@
 // A block of pixels that a network or a movie frame lives in.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <utility>
 
 #include "Base/Geometry.h"
 
 namespace quillmere {
 
-enum class CVPixelFormat {
-    rgba8,  // 8-bit R, G, B, A in that byte order, alpha premultiplied, sRGB
+/// The values are the platform's four-character codes.
+enum class CVPixelFormat : std::uint32_t {
+    rgba8 = 0x52474241,  // 8-bit R, G, B, A in that byte order, alpha premultiplied, sRGB
+    bgra8 = 0x42475241,  // the same with B, G, R, A; kCVPixelFormatType_32BGRA
+    // Three planes Y, Cb, Cr of 8 bits, chroma halved both ways (rounded up), BT.709 matrix and
+    // primaries, luma 16 to 235; kCVPixelFormatType_420YpCbCr8Planar
+    yCbCr8Planar420 = 0x79343230,
+};
+
+/// What an output or a pool is asked for; `kCVPixelBufferPixelFormatTypeKey`.
+struct CVPixelBufferAttributes {
+    CVPixelFormat pixelFormatType = CVPixelFormat::bgra8;
+
+    friend bool operator==(const CVPixelBufferAttributes&,
+                           const CVPixelBufferAttributes&) = default;
 };
 
 /// Rows from the top down. Written by whoever made it, before it is handed on; then only read.
 class CVPixelBuffer {
 public:
-    /// Both sides above zero. The contents are not filled in.
-    CVPixelBuffer(PixelSize size, CVPixelFormat format)
-        : size_(size),
-          format_(format),
-          bytesPerRow_(static_cast<std::size_t>(size.width) * 4),
-          bytes_(new std::uint8_t[bytesPerRow_ * static_cast<std::size_t>(size.height)],
-                 std::default_delete<std::uint8_t[]>()) {}
+    static constexpr std::size_t mostPlanes = 3;
+
+    struct Plane {
+        std::uint8_t* baseAddress = nullptr;
+        std::size_t bytesPerRow = 0;
+    };
+    using Planes = std::array<Plane, mostPlanes>;
+
+    static constexpr std::size_t planeCount(CVPixelFormat format) {
+        return format == CVPixelFormat::yCbCr8Planar420 ? 3 : 1;
+    }
+    /// The size of a plane in its own pixels.
+    static constexpr PixelSize sizeOfPlane(PixelSize size, CVPixelFormat format,
+                                           std::size_t plane) {
+        if (format != CVPixelFormat::yCbCr8Planar420 || plane == 0) return size;
+        return {(size.width + 1) / 2, (size.height + 1) / 2};
+    }
+
+    /// Both sides above zero. The contents are not filled in. Throws std::bad_alloc.
+    CVPixelBuffer(PixelSize size, CVPixelFormat format) : size_(size), format_(format) {
+        std::array<std::size_t, mostPlanes> offsets{};
+        std::size_t bytes = 0;
+        for (std::size_t plane = 0; plane < planeCount(); ++plane) {
+            const PixelSize own = sizeOfPlane(plane);
+            planes_[plane].bytesPerRow =
+                static_cast<std::size_t>(own.width) * (planeCount() == 1 ? 4 : 1);
+            offsets[plane] = bytes;
+            bytes += planes_[plane].bytesPerRow * static_cast<std::size_t>(own.height);
+        }
+        const std::shared_ptr<std::uint8_t[]> memory(new std::uint8_t[bytes]);
+        for (std::size_t plane = 0; plane < planeCount(); ++plane) {
+            planes_[plane].baseAddress = memory.get() + offsets[plane];
+        }
+        owner_ = memory;
+    }
+
+    /// Pixels that somebody else holds; `owner` keeps them alive.
+    CVPixelBuffer(PixelSize size, CVPixelFormat format, const Planes& planes,
+                  std::shared_ptr<const void> owner)
+        : size_(size), format_(format), planes_(planes), owner_(std::move(owner)) {}
 
     PixelSize size() const { return size_; }
     CVPixelFormat format() const { return format_; }
-    std::size_t bytesPerRow() const { return bytesPerRow_; }
-    std::uint8_t* baseAddress() { return bytes_.get(); }
-    const std::uint8_t* baseAddress() const { return bytes_.get(); }
+
+    std::size_t planeCount() const { return planeCount(format_); }
+    PixelSize sizeOfPlane(std::size_t plane) const { return sizeOfPlane(size_, format_, plane); }
+    std::size_t bytesPerRowOfPlane(std::size_t plane) const { return planes_[plane].bytesPerRow; }
+    std::uint8_t* baseAddressOfPlane(std::size_t plane) { return planes_[plane].baseAddress; }
+    const std::uint8_t* baseAddressOfPlane(std::size_t plane) const {
+        return planes_[plane].baseAddress;
+    }
+
+    /// The first plane, which is the only one but for planar formats.
+    std::size_t bytesPerRow() const { return bytesPerRowOfPlane(0); }
+    std::uint8_t* baseAddress() { return baseAddressOfPlane(0); }
+    const std::uint8_t* baseAddress() const { return baseAddressOfPlane(0); }
 
 private:
     PixelSize size_;
     CVPixelFormat format_;
-    std::size_t bytesPerRow_;
-    std::shared_ptr<std::uint8_t> bytes_;
+    Planes planes_{};
+    std::shared_ptr<const void> owner_;
 };
 
 using CVPixelBufferRef = std::shared_ptr<const CVPixelBuffer>;
+
+/// Buffers of one size and format, whose memory serves again when its last reference goes. Any
+/// thread; buffers may outlive it.
+class CVPixelBufferPool {
+public:
+    virtual ~CVPixelBufferPool() = default;
+
+    /// A buffer to write into, its contents not filled in; null where memory ran out.
+    virtual std::shared_ptr<CVPixelBuffer> createPixelBuffer() = 0;
+};
 
 }  // namespace quillmere

@@ -50,6 +50,12 @@ public:
     /// The bitmap of `rect` (whole pixels), its top row first, transparent where the image has
     /// nothing; null for an empty rectangle or where memory ran out.
     virtual std::optional<CGImage> createCGImage(const CIImage& image, const Rect& rect) = 0;
+
+    /// Draws `bounds` (whole pixels) of the image into `buffer`, an RGBA or BGRA one: its top left
+    /// corner at the buffer's, cut where the buffer ends. Everything else in the buffer becomes
+    /// black, and transparent places lie on black. False where memory ran out.
+    virtual bool renderToCVPixelBuffer(const CIImage& image, CVPixelBuffer& buffer,
+                                       const Rect& bounds) = 0;
 };
 
 class CoreImage {
@@ -58,6 +64,7 @@ public:
 
     /// The picture's bitmap as it is stored; null for a picture without one.
     virtual CIImageRef imageWithImage(const UIImage& picture) = 0;
+    /// Null for a format other than RGBA and BGRA, and where memory ran out.
     virtual CIImageRef imageWithCVPixelBuffer(const CVPixelBufferRef& buffer) = 0;
     virtual std::unique_ptr<CIContext> makeContext(const CIContextOptions& options) = 0;
 };

@@ -69,6 +69,32 @@ TEST_P(CoreImageContract, APaddedBitmapAndAPixelBufferAreReadRowByRow) {
     EXPECT_EQ(render(picture, {0, 0, 2, 2}), colours);
 }
 
+TEST_P(CoreImageContract, ABGRABufferIsReadAndWrittenInItsOwnOrderOnBlack) {
+    const auto buffer = std::make_shared<CVPixelBuffer>(PixelSize{1, 2}, CVPixelFormat::bgra8);
+    std::copy_n(bitmapOf(1, {red, 0x10203040}).row(0), 8, buffer->baseAddress());
+    const CIImageRef picture = coreImage().imageWithCVPixelBuffer(buffer);
+    EXPECT_EQ(render(picture, {0, 0, 1, 2}), (Colours{blue, 0x30201040}));
+    EXPECT_EQ(coreImage().imageWithCVPixelBuffer(
+                  std::make_shared<CVPixelBuffer>(PixelSize{2, 2}, CVPixelFormat::yCbCr8Planar420)),
+              nullptr);
+
+    // The picture's part lies at the top left of a larger buffer, and is cut by a smaller one.
+    for (const PixelSize size : {PixelSize{2, 3}, PixelSize{1, 1}}) {
+        CVPixelBuffer target(size, CVPixelFormat::bgra8);
+        std::fill_n(target.baseAddress(), 4 * size.width * size.height, std::uint8_t{7});
+        ASSERT_TRUE(
+            coreImage().makeContext({})->renderToCVPixelBuffer(*picture, target, {0, 0, 1, 2}));
+        Colours expected{0xff0000ff};  // blue
+        if (size.width == 2) expected = {red, 0xff, 0x102030ff, 0xff, 0xff, 0xff};
+        Colours found;
+        for (int i = 0; i < size.width * size.height; ++i) {
+            const std::uint8_t* p = target.baseAddress() + 4 * i;
+            found.push_back(static_cast<std::uint32_t>(p[0] << 24 | p[1] << 16 | p[2] << 8 | p[3]));
+        }
+        EXPECT_EQ(found, expected) << size.width;
+    }
+}
+
 TEST_P(CoreImageContract, APictureWithoutABitmapGivesNullAndTheOrientationIsNotApplied) {
     EXPECT_EQ(coreImage().imageWithImage(UIImage::withoutBitmap({2, 2})), nullptr);
     const UIImage turned(bitmapOf(2, {red, green}), 1, UIImageOrientation::left);

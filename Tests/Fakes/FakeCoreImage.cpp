@@ -120,12 +120,12 @@ private:
 };
 
 CIImageRef imageOfRows(CallLog& log, PixelSize size, std::size_t bytesPerRow,
-                       const std::uint8_t* rows) {
+                       const std::uint8_t* rows, bool isBGRA = false) {
     const Rect extent{0, 0, double(size.width), double(size.height)};
     return EagerImage::painted(log, extent, [&](double x, double y) {
         const std::size_t row = static_cast<std::size_t>(size.height - 1 - y);
         const std::uint8_t* p = rows + row * bytesPerRow + static_cast<std::size_t>(x) * 4;
-        return Pixel{p[0], p[1], p[2], p[3]};
+        return isBGRA ? Pixel{p[2], p[1], p[0], p[3]} : Pixel{p[0], p[1], p[2], p[3]};
     });
 }
 
@@ -153,6 +153,31 @@ public:
                        std::shared_ptr<const std::uint8_t>(bytes, bytes->data()));
     }
 
+    bool renderToCVPixelBuffer(const CIImage& image, CVPixelBuffer& buffer,
+                               const Rect& bounds) override {
+        owner_.log_.record(numbers("render", bounds));
+        requireWhole({bounds.x, bounds.y, bounds.width, bounds.height});
+        if (owner_.refuseRender) return false;
+        const auto& eager = static_cast<const EagerImage&>(image);
+        const bool isBGRA = buffer.format() == CVPixelFormat::bgra8;
+        if (!isBGRA && buffer.format() != CVPixelFormat::rgba8) invariantBroken();
+        for (int row = 0; row < buffer.size().height; ++row) {
+            std::uint8_t* out =
+                buffer.baseAddress() + static_cast<std::size_t>(row) * buffer.bytesPerRow();
+            for (int column = 0; column < buffer.size().width; ++column, out += 4) {
+                const double x = bounds.x + column;
+                const double y = bounds.maxY() - 1 - row;
+                const bool inside = x < bounds.maxX() && y >= bounds.y;
+                const Pixel pixel = inside ? eager.at(x, y) : Pixel{};
+                out[0] = pixel[isBGRA ? 2 : 0];
+                out[1] = pixel[1];
+                out[2] = pixel[isBGRA ? 0 : 2];
+                out[3] = 255;
+            }
+        }
+        return true;
+    }
+
 private:
     FakeCoreImage& owner_;
 };
@@ -166,7 +191,9 @@ CIImageRef FakeCoreImage::imageWithImage(const UIImage& picture) {
 
 CIImageRef FakeCoreImage::imageWithCVPixelBuffer(const CVPixelBufferRef& buffer) {
     log_.record("imageWithCVPixelBuffer");
-    return imageOfRows(log_, buffer->size(), buffer->bytesPerRow(), buffer->baseAddress());
+    if (buffer->planeCount() > 1) return nullptr;
+    return imageOfRows(log_, buffer->size(), buffer->bytesPerRow(), buffer->baseAddress(),
+                       buffer->format() == CVPixelFormat::bgra8);
 }
 
 std::unique_ptr<CIContext> FakeCoreImage::makeContext(const CIContextOptions& options) {

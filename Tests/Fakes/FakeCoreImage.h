@@ -13,9 +13,9 @@ namespace quillmere {
 /// times its area; keep pictures in tests small.
 ///
 /// Records `imageWithImage`, `imageWithCVPixelBuffer`, `crop 6,24 976,1000`, `translate 976,1952`,
-/// `scale 0.5`, `compositeOver`, `makeContext software=0 cacheIntermediates=0` and
-/// `createCGImage 0,982 1982,1018` (x,y width,height). The log outlives everything made here. Any
-/// thread.
+/// `scale 0.5`, `compositeOver`, `makeContext software=0 cacheIntermediates=0`,
+/// `createCGImage 0,982 1982,1018` (x,y width,height) and `render 0,0 64,48`. The log outlives
+/// everything made here. Any thread.
 class FakeCoreImage : public CoreImage {
 public:
     explicit FakeCoreImage(CallLog& log) : log_(log) {}
@@ -26,7 +26,7 @@ public:
     std::unique_ptr<CIContext> makeContext(const CIContextOptions& options) override;
 
     std::set<int> refusedImages;             // which calls of `imageWithImage` give null, from 0
-    std::atomic<bool> refuseRender = false;  // every `createCGImage` gives null
+    std::atomic<bool> refuseRender = false;  // every render fails
 
 private:
     class Context;
