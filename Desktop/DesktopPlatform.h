@@ -17,7 +17,9 @@
 #include "Desktop/FileManager/DesktopFileManager.h"
 #include "Desktop/Graphics/DesktopGraphics.h"
 #include "Desktop/ImageIO/DesktopImageIO.h"
+#include "Desktop/ImageIO/DesktopImageMetadata.h"
 #include "Desktop/Localization/StringsFile.h"
+#include "Desktop/Localization/SystemDateFormatter.h"
 #include "Desktop/RemoteConfig/DesktopRemoteConfig.h"
 #include "Desktop/URLSession/DesktopURLSession.h"
 #include "Desktop/UserDefaults/DesktopUserDefaults.h"
@@ -39,6 +41,7 @@ public:
     Vision& vision() { return vision_; }
     Graphics& graphics() { return graphics_; }
     ImageIO& imageIO() { return imageIO_; }
+    ImageMetadata& imageMetadata() { return imageMetadata_; }
     FileManager& fileManager() { return fileManager_; }
     URLSession& urlSession() { return urlSession_; }
     RemoteConfig& remoteConfig() { return remoteConfig_; }
@@ -50,6 +53,7 @@ public:
     Console& console() { return console_; }
     const ProjectSettings& projectSettings() const { return settings_; }
     const Localization& localization() const { return strings_; }
+    const DateFormatter& dateFormatter() const { return dateFormatter_; }
     const Bundles& bundles() const { return bundle_; }
 
     /// What an orderly end leaves on disk: waiting events, that this run ended in order, and no
@@ -65,6 +69,7 @@ private:
     DesktopDispatch dispatch_;
     ResourceBundle bundle_;
     StringsFile strings_;
+    SystemDateFormatter dateFormatter_;
     ErrorStreamConsole console_;
     RunFile crashLog_;
     EventLog analytics_;
@@ -76,6 +81,7 @@ private:
     DesktopRemoteConfig remoteConfig_;
     DesktopUserDefaults userDefaults_;
     DesktopImageIO imageIO_;
+    DesktopImageMetadata imageMetadata_;
     DesktopGraphics graphics_;
     DesktopCoreImage coreImage_;
     DesktopCoreML coreML_;

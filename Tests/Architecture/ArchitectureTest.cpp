@@ -118,6 +118,8 @@ struct Library {
 const Library libraries[] = {
     {"vips/", {"Desktop/ImageIO/"}},
     {"libheif/", {"Desktop/ImageIO/"}},
+    {"exiv2/", {"Desktop/ImageIO/"}},
+    {"zlib.h", {"Desktop/ImageIO/"}},
     {"jpeglib.h", {"Desktop/ImageIO/"}},
     {"webp/", {"Desktop/ImageIO/"}},
     {"hwy/", {"Neural/"}},

@@ -1,0 +1,27 @@
+// Between an Exif block and the dictionary of its tables.
+#pragma once
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+#include "Base/Result.h"
+#include "Platform/ImageIO/CGImageProperties.h"
+
+namespace quillmere {
+
+/// `exif` begins with its TIFF header; an empty one is a block without tables.
+///
+/// Entries of one text or one number, and those of the GPS table that are three numbers: degrees,
+/// minutes and seconds are read as decimal degrees, hours, minutes and seconds as a text. All other
+/// entries, such as a camera's private ones, are left out.
+Result<CGImageProperties> propertiesOfExif(std::span<const std::byte> exif);
+
+/// `exif` changed as `ImageMetadata::imageWithProperties` says; entries whose value stays the same
+/// are not touched. Numbers become fractions with steps of 1/1,000,000 or less: of a metre, or of a
+/// second of arc, which is 0.03 mm on the ground. What the standard demands of a table (its
+/// version) is added. An error for entries that the standard doesn't know or can't hold.
+Result<std::vector<std::byte>> exifWithProperties(std::span<const std::byte> exif,
+                                                  const CGImageProperties& properties);
+
+}  // namespace quillmere
