@@ -130,6 +130,7 @@ const Library libraries[] = {
     {"plist/", {"Desktop/RemoteConfig/"}},
     {"Q", {"Desktop/Qml/", "Desktop/Application/"}},
     {"libav", {"Desktop/AVFoundation/"}},
+    {"systemd/", {"Desktop/Application/"}},
     {"sqlite3", {"Desktop/UserDefaults/", "Desktop/Photos/"}},
     {"curl/", {"Desktop/URLSession/"}},
 };
