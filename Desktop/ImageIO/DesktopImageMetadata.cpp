@@ -68,6 +68,7 @@ Result<Bytes> DesktopImageMetadata::imageWithProperties(std::span<const std::byt
     if (!exif) return exif.error();
     const Result<Bytes> changed = exifWithProperties(*exif, properties);
     if (!changed) return changed.error();
+    if (changed->empty()) return Bytes(data.begin(), data.end());
     return carrier->withExif(data, *changed);
 } catch (const std::bad_alloc&) {
     return imageIOOutOfMemory();

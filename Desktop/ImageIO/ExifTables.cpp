@@ -170,6 +170,7 @@ Result<std::vector<std::byte>> exifWithProperties(std::span<const std::byte> exi
             if (!set) return set.error();
         }
         addVersions(block->entries);
+        if (exif.empty() && block->entries.empty()) return std::vector<std::byte>();
         return encoded(exif, *block);
     });
 }

@@ -79,6 +79,11 @@ std::optional<HEIFItemLocations> HEIFItemLocations::parse(std::span<const std::b
 std::optional<std::vector<std::byte>> HEIFItemLocations::serialized(bool wide) const {
     const std::size_t bytes = wide ? 8 : 4;
     const std::size_t idBytes = version_ < 2 ? 2 : 4;
+    // Only data in other items has an index, and some readers stumble over one of no use.
+    const bool indexed = std::any_of(items.begin(), items.end(), [](const HEIFItemLocation& item) {
+        return item.offsets == HEIFOffsets::inOtherItem;
+    });
+    const std::size_t indexBytes = indexed ? indexBytes_ : 0;
     bool fits = true;
     std::vector<std::byte> content;
     const auto append = [&](std::uint64_t number, std::size_t count) {
@@ -86,8 +91,8 @@ std::optional<std::vector<std::byte>> HEIFItemLocations::serialized(bool wide) c
         appendNumber(content, number, count);
     };
     append(version_, 1);
-    append(0, 3);                                       // flags
-    append(bytes << 12 | bytes << 8 | indexBytes_, 2);  // the base offset has none
+    append(0, 3);                                      // flags
+    append(bytes << 12 | bytes << 8 | indexBytes, 2);  // the base offset has none
     append(items.size(), idBytes);
     for (const HEIFItemLocation& item : items) {
         append(item.id, idBytes);
@@ -95,7 +100,7 @@ std::optional<std::vector<std::byte>> HEIFItemLocations::serialized(bool wide) c
         append(item.dataReference, 2);
         append(item.extents.size(), 2);
         for (const HEIFExtent& extent : item.extents) {
-            append(extent.index, indexBytes_);
+            append(extent.index, indexBytes);
             append(extent.offset, bytes);
             append(extent.length, bytes);
         }

@@ -25,15 +25,17 @@ public:
     /// Bytes that no other file has.
     std::vector<std::byte> add(File file) {
         const std::string name = "file " + std::to_string(files.size());
+        files[name] = std::move(file);
         std::vector<std::byte> data;
         for (const char letter : name) data.push_back(static_cast<std::byte>(letter));
-        files[data] = std::move(file);
         return data;
     }
 
+    const File& file(std::span<const std::byte> data) const { return files.at(nameOf(data)); }
+
     Result<CGImageProperties> propertiesOfImage(std::span<const std::byte> data) override {
         log_.record("propertiesOfImage");
-        const auto found = files.find({data.begin(), data.end()});
+        const auto found = files.find(nameOf(data));
         if (found == files.end() || !reads) return damaged();
         return found->second.properties;
     }
@@ -42,7 +44,7 @@ public:
         std::span<const std::byte> data, std::string_view typeIdentifier,
         const CGImageProperties& properties) override {
         log_.record("imageWithProperties " + std::string(typeIdentifier));
-        const auto found = files.find({data.begin(), data.end()});
+        const auto found = files.find(nameOf(data));
         if (found == files.end() || !writes) return damaged();
         if (found->second.typeIdentifier != typeIdentifier) return damaged();
         File changed = found->second;
@@ -54,11 +56,14 @@ public:
         return add(std::move(changed));
     }
 
-    std::map<std::vector<std::byte>, File> files;
-    bool reads = true;   // else a known file has no properties that can be read
-    bool writes = true;  // else nothing can be written
+    std::map<std::string, File> files;  // by their bytes
+    bool reads = true;                  // else a known file has no properties that can be read
+    bool writes = true;                 // else nothing can be written
 
 private:
+    static std::string nameOf(std::span<const std::byte> data) {
+        return {reinterpret_cast<const char*>(data.data()), data.size()};
+    }
     static Error damaged() { return {"fake.metadata", 1, "The picture is damaged."}; }
 
     CallLog& log_;

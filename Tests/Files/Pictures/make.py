@@ -324,10 +324,30 @@ def photograph():
     run("cjxl", "--quiet", "-d", "2", "noise.png", "noise.jxl")
 
 
+def old_exif():
+    """Exif as programs packed it into a text, before there was a chunk for it."""
+    convert("upright.png", "-quality", "95", "exif.jpg")
+    tag("exif.jpg", "-Artist=somebody", "-GPSLatitude=48.1", "-GPSLatitudeRef=N",
+        "-GPSAreaInformation=the old town")
+    jpeg = open("exif.jpg", "rb").read()
+    os.remove("exif.jpg")
+    at = jpeg.index(b"Exif\0\0")
+    exif = jpeg[at:at - 2 + struct.unpack(">H", jpeg[at - 2:at])[0]]
+    digits = exif.hex()
+    lines = [digits[i:i + 72] for i in range(0, len(digits), 72)]
+    text = "\nexif\n%8d\n%s\n" % (len(exif), "\n".join(lines))
+    body = b"Raw profile type exif\0\0" + zlib.compress(text.encode())
+    plain = open("upright.png", "rb").read()
+    header = 8 + 25  # the signature and the first chunk
+    with open("raw-profile-exif.png", "wb") as file:
+        file.write(plain[:header] + chunk(b"zTXt", body) + plain[header:])
+
+
 orientations()
 depths()
 colours()
 frames()
 bitmaps()
 photograph()
+old_exif()
 giants()
