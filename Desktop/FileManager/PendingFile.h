@@ -32,6 +32,9 @@ public:
     /// Gives the file its name, in the place of what had it.
     int commitReplacing();
 
+    /// For whoever writes at places of its own choice; open after `open`.
+    int descriptor() const { return file_.number(); }
+
 private:
     int openNamed(unsigned mode);
     void lock() const;

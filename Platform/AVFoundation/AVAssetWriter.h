@@ -53,7 +53,7 @@ public:
 
     /// A hint; before `startWriting`.
     virtual void setExpectsMediaDataInRealTime(bool realTime) = 0;
-    /// The `preferredTransform` of the new track; before `startWriting`.
+    /// The `preferredTransform` of the new track; before the input is added.
     virtual void setTransform(const AffineTransform& transform) = 0;
 
     /// False before `startWriting` and after `markAsFinished`; true from then on where the writer
@@ -88,8 +88,8 @@ class AVAssetWriterInputPixelBufferAdaptor {
 public:
     virtual ~AVAssetWriterInputPixelBufferAdaptor() = default;
 
-    /// Buffers of the track's size and the adaptor's format. Null while the writer is not
-    /// writing, and where it holds no video input of this adaptor. Any thread.
+    /// Buffers of the track's size and the adaptor's format. Null while the input's writer is not
+    /// writing. Any thread.
     virtual std::shared_ptr<CVPixelBufferPool> pixelBufferPool() = 0;
 
     /// As `appendSampleBuffer`.

@@ -53,6 +53,7 @@ public:
             const std::lock_guard lock(writing->mutex);
             finished_ = true;
         }
+        dropBlock();
         writing->wakeAll();
     }
 
@@ -103,6 +104,13 @@ public:
         postIfDue();
     }
 
+    /// The block may hold what holds this.
+    void dropBlock() {
+        Block block;
+        const std::lock_guard lock(writing->mutex);
+        block.swap(block_);
+    }
+
     FakeWrittenTrack track;
     std::shared_ptr<Writing> writing;  // set when it is added
 
@@ -115,10 +123,6 @@ private:
         return !shared_->held.contains(mediaType()) && !(left_ && *left_ == 0);
     }
     void postIfDue() {
-        if (finished_) {
-            block_ = nullptr;
-            queue_ = nullptr;
-        }
         if (!block_ || posted_ || !changed_ || !isReady()) return;
         posted_ = true;
         changed_ = false;
@@ -215,7 +219,10 @@ public:
           url_(std::move(url)) {
         writing_->appendsUntilFailure = owner.appendsUntilFailure;
     }
-    ~Writer() override { writing_->end(AVAssetWriterStatus::cancelled, {}); }
+    ~Writer() override {
+        writing_->end(AVAssetWriterStatus::cancelled, {});
+        for (const auto& input : inputs_) input->dropBlock();
+    }
 
     bool canAddInput(const AVAssetWriterInput& input) const override {
         const auto& own = static_cast<const Input&>(input);

@@ -1,0 +1,175 @@
+#include "Desktop/AVFoundation/VideoEncoder.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "Desktop/AVFoundation/MovieError.h"
+#include "Desktop/AVFoundation/PixelBufferFrame.h"
+
+extern "C" {
+#include <libavutil/opt.h>
+}
+
+namespace quillmere {
+namespace {
+
+constexpr double longestSide = 16384;
+
+// A better preset costs time that the enlarging wants; a worse one shows at low data rates.
+constexpr const char* preset = "veryfast";
+// Where nobody asks for a data rate: next to nothing of the picture is lost.
+constexpr const char* constantQuality = "18";
+
+/// Repeats the last column and row of a picture that is one less than the planes.
+void repeatEdges(AVFrame& frame, PixelSize picture) {
+    const int pitch = frame.linesize[0];
+    std::uint8_t* luma = frame.data[0];
+    if (picture.width < frame.width) {
+        for (int y = 0; y < picture.height; ++y) {
+            std::uint8_t* end = luma + y * pitch + picture.width;
+            *end = end[-1];
+        }
+    }
+    if (picture.height < frame.height) {
+        const std::uint8_t* last = luma + (picture.height - 1) * pitch;
+        std::copy_n(last, frame.width, luma + picture.height * pitch);
+    }
+}
+
+}  // namespace
+
+std::optional<PixelSize> VideoEncoder::frameSize(const AVVideoOutputSettings& settings) {
+    const double width = std::floor(settings.width + 0.5);
+    const double height = std::floor(settings.height + 0.5);
+    const bool fits = width >= 1 && height >= 1 && width <= longestSide && height <= longestSide;
+    if (!fits) return {};
+    return PixelSize{static_cast<int>(width), static_cast<int>(height)};
+}
+
+VideoEncoder::VideoEncoder(const AVVideoOutputSettings& settings, const AffineTransform& transform,
+                           const MediaTime& sessionStart, MovieMuxer& muxer)
+    : settings_(settings),
+      size_(*frameSize(settings)),
+      transform_(transform),
+      sessionStart_(sessionStart),
+      muxer_(muxer),
+      track_(muxer.addTrack()) {}
+
+int VideoEncoder::open(const CMSampleBuffer& first) {
+    const AVCodec* encoder = avcodec_find_encoder_by_name("libx264");
+    if (!encoder) return AVERROR_ENCODER_NOT_FOUND;
+    codec_.reset(avcodec_alloc_context3(encoder));
+    if (!codec_) return AVERROR(ENOMEM);
+    codec_->width = (size_.width + 1) / 2 * 2;
+    codec_->height = (size_.height + 1) / 2 * 2;
+    codec_->pix_fmt = AV_PIX_FMT_YUV420P;
+    codec_->time_base = {1, first.presentationTimeStamp().timescale};
+    codec_->framerate = {30, 1};  // a first guess of the rate control; times are what counts
+    codec_->color_range = AVCOL_RANGE_MPEG;
+    codec_->color_primaries = AVCOL_PRI_BT709;
+    codec_->color_trc = AVCOL_TRC_BT709;
+    codec_->colorspace = AVCOL_SPC_BT709;
+    codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    av_opt_set(codec_->priv_data, "preset", preset, 0);
+    if (std::isfinite(settings_.averageBitRate) && settings_.averageBitRate > 0) {
+        constexpr float least = 1000, most = 2e9f;
+        codec_->bit_rate = std::llround(std::clamp(settings_.averageBitRate, least, most));
+    } else {
+        av_opt_set(codec_->priv_data, "crf", constantQuality, 0);
+    }
+    const int answer = avcodec_open2(codec_.get(), encoder, nullptr);
+    return answer < 0 ? answer : muxer_.describe(track_, *codec_, transform_);
+}
+
+Result<void> VideoEncoder::encode(const CMSampleBuffer& sample) {
+    if (sample.presentationTimeStamp() < sessionStart_) return {};
+    int answer = codec_ ? 0 : open(sample);
+    if (answer < 0) return writingError(answer);
+    const AVFrameRef frame = prepare(sample.imageBuffer());
+    if (!frame) return movieOutOfMemory();
+    const MediaTime time = sample.presentationTimeStamp();
+    frame->pts = av_rescale_q(time.value, {1, time.timescale}, codec_->time_base) -
+                 av_rescale_q(sessionStart_.value, {1, sessionStart_.timescale}, codec_->time_base);
+    // Times that the track's unit can't tell apart.
+    if (lastTime_) frame->pts = std::max(frame->pts, *lastTime_ + 1);
+    noteDuration(sample, frame->pts);
+    answer = send(frame.get());
+    if (answer < 0) return writingError(answer);
+    return {};
+}
+
+/// A frame lasts until the next one; the last one as long as it says, or as the one before.
+void VideoEncoder::noteDuration(const CMSampleBuffer& sample, std::int64_t time) {
+    std::int64_t duration = 0;
+    if (lastTime_) {
+        duration = time - *lastTime_;
+        const auto before = durations_.find(*lastTime_);
+        if (before != durations_.end()) before->second = duration;
+    }
+    const MediaTime own = sample.duration();
+    if (own.isKnown()) {
+        duration = av_rescale_q(own.value, {1, own.timescale}, codec_->time_base);
+    }
+    durations_[time] = std::max<std::int64_t>(duration, 1);
+    lastTime_ = time;
+}
+
+/// A frame for the encoder. Null if memory ran out.
+AVFrameRef VideoEncoder::prepare(const CVPixelBufferRef& image) {
+    AVFrameRef source = frameSharing(image);
+    if (!source) return nullptr;
+    const bool isReady = source->format == AV_PIX_FMT_YUV420P && source->width == codec_->width &&
+                         source->height == codec_->height;
+    if (isReady) return source;
+    AVFrameRef frame(av_frame_alloc());
+    if (!frame) return nullptr;
+    frame->format = AV_PIX_FMT_YUV420P;
+    frame->width = codec_->width;
+    frame->height = codec_->height;
+    if (av_frame_get_buffer(frame.get(), 0) < 0 || convert(*source, *frame) < 0) return nullptr;
+    repeatEdges(*frame, size_);
+    return frame;
+}
+
+int VideoEncoder::convert(const AVFrame& from, AVFrame& to) {
+    const PixelSize size{from.width, from.height};
+    if (!scaler_ || scalerSize_ != size || scalerFormat_ != from.format) {
+        scaler_.reset(sws_getContext(from.width, from.height,
+                                     static_cast<AVPixelFormat>(from.format), size_.width,
+                                     size_.height, AV_PIX_FMT_YUV420P,
+                                     SWS_BICUBIC | SWS_ACCURATE_RND, nullptr, nullptr, nullptr));
+        if (!scaler_) return AVERROR(ENOMEM);
+        const int* matrix = sws_getCoefficients(SWS_CS_ITU709);
+        constexpr int one = 1 << 16;
+        const bool isFullRange = from.format != AV_PIX_FMT_YUV420P;
+        sws_setColorspaceDetails(scaler_.get(), matrix, isFullRange, matrix, 0, 0, one, one);
+        scalerSize_ = size;
+        scalerFormat_ = from.format;
+    }
+    return sws_scale(scaler_.get(), from.data, from.linesize, 0, from.height, to.data, to.linesize);
+}
+
+/// Null is the end. What comes out of the encoder goes to the muxer.
+int VideoEncoder::send(const AVFrame* frame) {
+    int answer = avcodec_send_frame(codec_.get(), frame);
+    while (answer >= 0) {
+        AVPacketRef packet(av_packet_alloc());
+        if (!packet) return AVERROR(ENOMEM);
+        answer = avcodec_receive_packet(codec_.get(), packet.get());
+        if (answer < 0) break;
+        if (const auto node = durations_.extract(packet->pts)) {
+            packet->duration = node.mapped();
+        }
+        answer = muxer_.write(track_, std::move(packet));
+    }
+    return answer == AVERROR(EAGAIN) || answer == AVERROR_EOF ? 0 : answer;
+}
+
+Result<void> VideoEncoder::finish() {
+    const int answer = codec_ ? send(nullptr) : muxer_.omit(track_);
+    if (answer < 0) return writingError(answer);
+    return {};
+}
+
+}  // namespace quillmere

@@ -1,0 +1,51 @@
+// Frames into an H.264 track.
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+
+#include "Desktop/AVFoundation/MovieMuxer.h"
+#include "Desktop/AVFoundation/SampleEncoder.h"
+#include "Platform/AVFoundation/AVAssetWriter.h"
+
+namespace quillmere {
+
+/// x264, 8-bit 4:2:0, BT.709. The time unit of the first frame is that of the track; frames keep
+/// their times to that unit.
+class VideoEncoder final : public SampleEncoder {
+public:
+    /// The size that frames are brought to, before it is made even; nothing where it can't be
+    /// encoded.
+    static std::optional<PixelSize> frameSize(const AVVideoOutputSettings& settings);
+
+    /// Adds its track to `muxer`. Times count from `sessionStart`, which is set before the first
+    /// sample.
+    VideoEncoder(const AVVideoOutputSettings& settings, const AffineTransform& transform,
+                 const MediaTime& sessionStart, MovieMuxer& muxer);
+
+    Result<void> encode(const CMSampleBuffer& sample) override;
+    Result<void> finish() override;
+
+private:
+    int open(const CMSampleBuffer& first);
+    AVFrameRef prepare(const CVPixelBufferRef& image);
+    int convert(const AVFrame& from, AVFrame& to);
+    int send(const AVFrame* frame);
+    void noteDuration(const CMSampleBuffer& sample, std::int64_t time);
+
+    AVVideoOutputSettings settings_;
+    PixelSize size_;
+    AffineTransform transform_;
+    const MediaTime& sessionStart_;
+    MovieMuxer& muxer_;
+    std::size_t track_;
+    AVCodecContextRef codec_;
+    SwsContextRef scaler_;
+    PixelSize scalerSize_;
+    int scalerFormat_ = -1;
+    std::map<std::int64_t, std::int64_t> durations_;  // by time, of frames still in the encoder
+    std::optional<std::int64_t> lastTime_;
+};
+
+}  // namespace quillmere
