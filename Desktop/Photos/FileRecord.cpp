@@ -7,7 +7,7 @@
 #include <initializer_list>
 #include <string_view>
 
-#include "Desktop/AVFoundation/MovieTags.h"
+#include "Desktop/AVFoundation/MovieModule.h"
 #include "Desktop/ImageIO/ExifTables.h"
 #include "Desktop/ImageIO/PictureHeader.h"
 #include "Desktop/ImageIO/XMPProperties.h"
@@ -132,7 +132,8 @@ std::optional<FileRecord> pictureRecord(const std::filesystem::path& file) {
 }
 
 std::optional<FileRecord> movieRecord(const std::filesystem::path& file) {
-    const auto tags = readMovieTags(file);
+    const MovieModule* module = loadMovieModule();
+    const auto tags = module ? module->readMovieTags(file) : std::nullopt;
     if (!tags) return std::nullopt;
     FileRecord record;
     record.mediaType = PHAssetMediaType::video;
