@@ -6,12 +6,14 @@
 #include <string>
 #include <utility>
 
-#include "Base/Invariant.h"
+#include "Desktop/Application/HeadlessApplication.h"
+#include "Desktop/Photos/FileRecord.h"
+#include "Quillmere/Models/Services/AssetRequest.h"
+#include "Quillmere/Models/Services/PreferenceKeys.h"
 
 namespace quillmere::cli {
 namespace {
 
-constexpr double lossyQuality = 0.9;
 constexpr std::chrono::milliseconds redrawInterval{500};
 
 Error failure(std::string sentence) { return {"quillmere.commandline", 1, std::move(sentence)}; }
@@ -30,21 +32,27 @@ EnhanceCommand::EnhanceCommand(DesktopPlatform& platform, Interruption& interrup
       engine_({limit_, platform.graphics(), platform.coreImage(), platform.vision(), catalogue_,
                platform.dispatch(), platform.analytics(), platform.localization(),
                platform.console()}),
-      save_(platform.dispatch()) {}
+      save_(platform.dispatch()),
+      keepsDate_(
+          options.keepDate.value_or(platform.userDefaults().boolForKey(preserveCreationDateKey))),
+      keepsLocation_(
+          options.keepLocation.value_or(platform.userDefaults().boolForKey(preserveLocationKey))) {}
 
 int EnhanceCommand::run() {
     // The first picture is decoded meanwhile, and no network goes between two pictures.
     const auto network =
         std::async(std::launch::async, [this] { return catalogue_.makeModel(options_.style); });
-    std::size_t number = 0;
+    HeadlessApplication application;
+    if (options_.inputs.size() > 1) application.setIdleTimerDisabled(true);
     for (const std::filesystem::path& input : options_.inputs) {
         // Not the file's name, which is the user's own business.
         platform_.crashLog().log("enhance " + std::string(displayKey(options_.style)) + ", input " +
-                                 std::to_string(++number) + " of " +
+                                 std::to_string(++number_) + " of " +
                                  std::to_string(options_.inputs.size()));
         runOne(input);
     }
     save_.finish();
+    application.setIdleTimerDisabled(false);
     return allDone_ ? 0 : 1;
 }
 
@@ -67,12 +75,13 @@ void EnhanceCommand::runOne(const std::filesystem::path& input) {
     const auto job = std::make_shared<Job>(Job{input, platform_.dispatch().now(), 0, std::nullopt});
     Result<UIImage> picture = enlargeInBackground(job);
     if (!picture) return fail(input, picture.error());
-    save_.start(
-        [this, picture = *std::move(picture), output = *output] { return save(picture, output); },
-        [this, input, output = *output, start = job->start](const Result<PixelSize>& size) {
-            if (!size) return fail(input, size.error());
-            reporter_.succeeded(input, output.path, *size, platform_.dispatch().now() - start);
-        });
+    save_.start([this, picture = *std::move(picture), output = *output,
+                 kept = keptOf(input)] { return save(picture, output, kept); },
+                [this, input, output = *output, start = job->start](const Result<PixelSize>& size) {
+                    if (!size) return fail(input, size.error());
+                    reporter_.succeeded(input, output.path, *size,
+                                        platform_.dispatch().now() - start);
+                });
 }
 
 Result<UIImage> EnhanceCommand::enlargeInBackground(const std::shared_ptr<Job>& job) {
@@ -92,7 +101,8 @@ Result<UIImage> EnhanceCommand::enlargeInBackground(const std::shared_ptr<Job>& 
 
 void EnhanceCommand::redraw(const Job& job) {
     const auto elapsed = platform_.dispatch().now() - job.start;
-    reporter_.progress(job.input, job.fraction, std::chrono::floor<std::chrono::seconds>(elapsed));
+    reporter_.progress(job.input, number_, job.fraction,
+                       std::chrono::floor<std::chrono::seconds>(elapsed));
 }
 
 void EnhanceCommand::keepRedrawing(const std::weak_ptr<Job>& job) {
@@ -133,29 +143,32 @@ Result<UIImage> EnhanceCommand::enlarge(const std::filesystem::path& input,
     return *std::move(result);
 }
 
-Result<PixelSize> EnhanceCommand::save(const UIImage& picture, const OutputFile& output) {
-    const auto encoded = encode(picture, output.format);
-    if (!encoded) return encoded.error();
-    const auto lock = interruption_.whileWriting();
-    const auto written = platform_.fileManager().writeFile(
-        output.path, *encoded, options_.force ? WriteExisting::replace : WriteExisting::refuse);
-    if (!written) return written.error();
+ImageMetadataHelper::OriginalMetadata EnhanceCommand::keptOf(
+    const std::filesystem::path& input) const {
+    if (!keepsDate_ && !keepsLocation_) return {};
+    const auto record = readFileRecord(input);
+    if (!record) return {};
+    return {keepsDate_ ? record->creationDate : std::nullopt,
+            keepsLocation_ ? record->location : std::nullopt};
+}
+
+Result<PixelSize> EnhanceCommand::save(const UIImage& picture, const OutputFile& output,
+                                       const OriginalMetadata& kept) {
+    if (const auto written = write(picture, output, kept); !written) return written.error();
     const Size size = picture.size();
     return PixelSize{static_cast<int>(size.width), static_cast<int>(size.height)};
 }
 
-Result<std::vector<std::byte>> EnhanceCommand::encode(const UIImage& picture,
-                                                      PictureFormat format) {
-    ImageIO& imageIO = platform_.imageIO();
-    switch (format) {
-        case PictureFormat::jpg:
-            return imageIO.jpegRepresentation(picture, lossyQuality);
-        case PictureFormat::heic:
-            return imageIO.heicRepresentation(picture, lossyQuality);
-        case PictureFormat::png:
-            return imageIO.pngRepresentation(picture);
-    }
-    invariantBroken();
+Result<void> EnhanceCommand::write(const UIImage& picture, const OutputFile& output,
+                                   const OriginalMetadata& kept) {
+    auto encoded = encodePicture(platform_.imageIO(), picture, output.format);
+    if (!encoded) return encoded.error();
+    const auto data = ImageMetadataHelper::embedMetadata(
+        *std::move(encoded), kept.creationDate, kept.location, output.format,
+        {platform_.imageMetadata(), platform_.dateFormatter()});
+    const auto lock = interruption_.whileWriting();
+    return platform_.fileManager().writeFile(
+        output.path, data, options_.force ? WriteExisting::replace : WriteExisting::refuse);
 }
 
 }  // namespace quillmere::cli

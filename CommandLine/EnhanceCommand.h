@@ -14,6 +14,7 @@
 #include "CommandLine/Reporter.h"
 #include "Desktop/DesktopPlatform.h"
 #include "Quillmere/Models/Enhance/TileEngine.h"
+#include "Quillmere/Models/Services/ImageMetadataHelper.h"
 
 namespace quillmere::cli {
 
@@ -28,6 +29,7 @@ public:
     int run();
 
 private:
+    using OriginalMetadata = ImageMetadataHelper::OriginalMetadata;
     struct Job;
 
     void runOne(const std::filesystem::path& input);
@@ -38,11 +40,17 @@ private:
     void keepRedrawing(const std::weak_ptr<Job>& job);
     void fail(const std::filesystem::path& input, const Error& error);
 
+    /// What the user wants results to keep of this input. A file counts as an item of a library
+    /// whose record is what the file says of itself.
+    OriginalMetadata keptOf(const std::filesystem::path& input) const;
+
     // Not on the main thread.
     Result<UIImage> enlarge(const std::filesystem::path& input,
                             const TileEngine::Progress& progress);
-    Result<PixelSize> save(const UIImage& picture, const OutputFile& output);
-    Result<std::vector<std::byte>> encode(const UIImage& picture, PictureFormat format);
+    Result<PixelSize> save(const UIImage& picture, const OutputFile& output,
+                           const OriginalMetadata& kept);
+    Result<void> write(const UIImage& picture, const OutputFile& output,
+                       const OriginalMetadata& kept);
 
     DesktopPlatform& platform_;
     Interruption& interruption_;
@@ -53,6 +61,9 @@ private:
     LimitOption limit_;
     TileEngine engine_;
     BackgroundSave save_;
+    std::size_t number_ = 0;  // of the input that is being enlarged, from 1
+    const bool keepsDate_;
+    const bool keepsLocation_;
     bool allDone_ = true;
 };
 

@@ -19,6 +19,8 @@ struct EnhanceOptions {
     EnhanceStyle style = EnhanceStyle::high;
     std::optional<PictureFormat> format;  // the stored choice where there is none
     std::optional<int> limit;             // 1024 or 2048; likewise
+    std::optional<bool> keepDate;         // likewise
+    std::optional<bool> keepLocation;     // likewise
     bool force = false;
     bool json = false;
     bool quiet = false;

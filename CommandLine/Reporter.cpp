@@ -34,9 +34,12 @@ std::string oneLine(const std::string& text) {
 Reporter::Reporter(const EnhanceOptions& options)
     : options_(options), line_(stderr, !options.quiet) {}
 
-void Reporter::progress(const std::filesystem::path& input, float fraction,
+void Reporter::progress(const std::filesystem::path& input, std::size_t number, float fraction,
                         std::chrono::seconds elapsed) {
-    line_.draw(progressText(input.filename().string(), fraction, elapsed));
+    const std::size_t count = options_.inputs.size();
+    const std::string which =
+        count > 1 ? std::to_string(number) + "/" + std::to_string(count) + " " : "";
+    line_.draw(progressText(which + input.filename().string(), fraction, elapsed));
 }
 
 void Reporter::succeeded(const std::filesystem::path& input, const std::filesystem::path& output,

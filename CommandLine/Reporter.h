@@ -16,7 +16,9 @@ class Reporter {
 public:
     explicit Reporter(const EnhanceOptions& options);
 
-    void progress(const std::filesystem::path& input, float fraction, std::chrono::seconds elapsed);
+    /// `number` is that of the input, from 1.
+    void progress(const std::filesystem::path& input, std::size_t number, float fraction,
+                  std::chrono::seconds elapsed);
     void succeeded(const std::filesystem::path& input, const std::filesystem::path& output,
                    PixelSize size, std::chrono::duration<double> elapsed);
     /// `reason` is brought to one line.
