@@ -128,6 +128,7 @@ const Library libraries[] = {
     {"plist/", {"Desktop/RemoteConfig/"}},
     {"Q", {"Desktop/Qml/", "Desktop/Application/"}},
     {"libav", {"Desktop/AVFoundation/"}},
+    {"libsw", {"Desktop/AVFoundation/"}},
     {"sqlite3", {"Desktop/UserDefaults/", "Desktop/Photos/"}},
     {"curl/", {"Desktop/URLSession/"}},
 };
