@@ -49,7 +49,10 @@ protected:
             probe(movie, "-select_streams v:0 -show_entries frame=best_effort_timestamp_time"));
         std::vector<double> times;
         for (std::string line; std::getline(lines, line);) {
-            if (!line.empty() && line[0] != ',') times.push_back(std::stod(line));
+            if (line.empty() || line[0] == ',') continue;
+            // A file may leave out its last time.
+            const bool isTold = line[0] != 'N';
+            times.push_back(isTold ? std::stod(line) : 2 * times.back() - times.rbegin()[1]);
         }
         return times;
     }
