@@ -21,6 +21,9 @@ constexpr const char* preset = "veryfast";
 // Where nobody asks for a data rate: next to nothing of the picture is lost.
 constexpr const char* constantQuality = "18";
 
+// With chroma from every pixel: from pairs, an odd width would take one from beyond its row.
+constexpr int scalingQuality = SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INP;
+
 /// Repeats the last column and row of a picture that is one less than the planes.
 void repeatEdges(AVFrame& frame, PixelSize picture) {
     const int pitch = frame.linesize[0];
@@ -135,10 +138,9 @@ AVFrameRef VideoEncoder::prepare(const CVPixelBufferRef& image) {
 int VideoEncoder::convert(const AVFrame& from, AVFrame& to) {
     const PixelSize size{from.width, from.height};
     if (!scaler_ || scalerSize_ != size || scalerFormat_ != from.format) {
-        scaler_.reset(sws_getContext(from.width, from.height,
-                                     static_cast<AVPixelFormat>(from.format), size_.width,
-                                     size_.height, AV_PIX_FMT_YUV420P,
-                                     SWS_BICUBIC | SWS_ACCURATE_RND, nullptr, nullptr, nullptr));
+        scaler_.reset(sws_getContext(
+            from.width, from.height, static_cast<AVPixelFormat>(from.format), size_.width,
+            size_.height, AV_PIX_FMT_YUV420P, scalingQuality, nullptr, nullptr, nullptr));
         if (!scaler_) return AVERROR(ENOMEM);
         const int* matrix = sws_getCoefficients(SWS_CS_ITU709);
         constexpr int one = 1 << 16;

@@ -32,6 +32,8 @@ struct CVPixelBufferAttributes {
 class CVPixelBuffer {
 public:
     static constexpr std::size_t mostPlanes = 3;
+    /// Bytes behind the last row that vector code may read.
+    static constexpr std::size_t readableBeyond = 64;
 
     struct Plane {
         std::uint8_t* baseAddress = nullptr;
@@ -60,7 +62,7 @@ public:
             offsets[plane] = bytes;
             bytes += planes_[plane].bytesPerRow * static_cast<std::size_t>(own.height);
         }
-        const std::shared_ptr<std::uint8_t[]> memory(new std::uint8_t[bytes]);
+        const std::shared_ptr<std::uint8_t[]> memory(new std::uint8_t[bytes + readableBeyond]);
         for (std::size_t plane = 0; plane < planeCount(); ++plane) {
             planes_[plane].baseAddress = memory.get() + offsets[plane];
         }

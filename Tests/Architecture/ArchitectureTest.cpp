@@ -131,6 +131,7 @@ const Library libraries[] = {
     {"Q", {"Desktop/Qml/", "Desktop/Application/"}},
     {"libav", {"Desktop/AVFoundation/"}},
     {"systemd/", {"Desktop/Application/"}},
+    {"libsw", {"Desktop/AVFoundation/"}},
     {"sqlite3", {"Desktop/UserDefaults/", "Desktop/Photos/"}},
     {"curl/", {"Desktop/URLSession/"}},
 };

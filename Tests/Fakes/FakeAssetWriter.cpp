@@ -80,6 +80,7 @@ public:
                 track.samples.push_back(sample);
                 changed_ = true;
                 appended = true;
+                postIfDue();
             }
         }
         if (!appended) writing->wakeAll();
