@@ -33,7 +33,7 @@ const Section kSections[] = {
     {"networks", measureNetworks, "whole networks on a tile, beside oneDNN"},
     {"load", measureLoading, "loading networks"},
     {"picture", measurePictures, "whole pictures by the command line: time and memory"},
-    {"heic", measureEncoding, "encoding 12 megapixels"},
+    {"heic", measureEncoding, "saving 12 megapixels: encoding, date and place"},
     {"warm-up", measureWarmUp, "the first conversion, with and without the warm-up at start"},
     {"events", measureEvents, "what recording an event costs its caller"},
 };

@@ -18,9 +18,10 @@ namespace quillmere {
 Result<CGImageProperties> propertiesOfExif(std::span<const std::byte> exif);
 
 /// `exif` changed as `ImageMetadata::imageWithProperties` says; entries whose value stays the same
-/// are not touched. Numbers become fractions with steps of 1/1,000,000 or less: of a metre, or of a
-/// second of arc, which is 0.03 mm on the ground. What the standard demands of a table (its
-/// version) is added. An error for entries that the standard doesn't know or can't hold, and where nothing would be left.
+/// are not touched. Seconds of arc are stored in steps of 1/1,000,000, and so are metres up to
+/// 2,147; beyond that in steps ten times as large for each further digit. A table without the
+/// version that the standard demands gets one. An error for entries that the standard doesn't know
+/// or can't hold, and where nothing would be left.
 Result<std::vector<std::byte>> exifWithProperties(std::span<const std::byte> exif,
                                                   const CGImageProperties& properties);
 

@@ -43,7 +43,7 @@ std::size_t itemsHeader(std::uint8_t version) { return fullHeader + (version == 
 
 std::optional<std::vector<Item>> itemsIn(std::span<const std::byte> file, const HEIFBox& box) {
     const auto content = box.contentIn(file);
-    const std::size_t header = itemsHeader(content.empty() ? 0 : versionOf(content));
+    const std::size_t header = itemsHeader(versionOf(content));
     if (content.size() < header) return {};
     const auto entries = boxesIn(file, box.contentBegin + header, box.end);
     if (!entries) return {};

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "Desktop/ImageIO/HEIFHandles.h"
+#include "Desktop/ImageIO/HEIFItemLocations.h"
 #include "Tests/Desktop/ImageIO/HEIFShapes.h"
 
 namespace quillmere {
@@ -145,6 +146,16 @@ TEST(HEIFExif, AFileThatCannotBeChangedWithoutLossIsRefused) {
         const Result<Bytes> changed = heifWithExif(file, bytesOf("II new"));
         ASSERT_FALSE(changed);
         expectSentence(changed.error());
+    }
+}
+
+// With fields of no bytes an item could claim 65,535 extents, and a small file fill the memory.
+TEST(HEIFExif, ExtentsThatCostAFileNothingAreRefused) {
+    for (const unsigned extents : {1u, 2u, 65'535u}) {
+        BoxWriter content;
+        content.number(1u << 24, 4).number(0, 2).number(1, 2);
+        content.number(7, 2).number(0, 2).number(0, 2).number(extents, 2);
+        EXPECT_EQ(HEIFItemLocations::parse(content.data).has_value(), extents == 1) << extents;
     }
 }
 

@@ -101,6 +101,8 @@ TEST_F(ImageMetadataTest, OthersReadDateAndPlaceAndAllElseThatWasThere) {
         const Bytes source = contents(path);
         const Bytes result = embedded(source, format);
         EXPECT_EQ(byExifTool(write(name, result)), expectedAfter(before));
+        const std::string judgement = outputOf("exiftool -validate -a -warning " + path.string());
+        EXPECT_EQ(judgement.find("Non-standard"), std::string::npos) << judgement;
         EXPECT_TRUE(contains(source, "the old town"));
         EXPECT_FALSE(contains(result, "the old town")) << "a former place can still be read";
 
