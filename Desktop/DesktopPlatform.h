@@ -5,9 +5,11 @@
 
 #include "Base/Result.h"
 #include "Base/WorkerPool.h"
+#include "Desktop/AVFoundation/DesktopAVFoundation.h"
 #include "Desktop/Analytics/EventLog.h"
 #include "Desktop/Application/ErrorStreamConsole.h"
 #include "Desktop/Application/ResourceBundle.h"
+#include "Desktop/AudioToolbox/DesktopAudioToolbox.h"
 #include "Desktop/CoreImage/DesktopCoreImage.h"
 #include "Desktop/CoreML/DesktopCoreML.h"
 #include "Desktop/CrashLog/RunFile.h"
@@ -37,6 +39,8 @@ public:
     Vision& vision() { return vision_; }
     Graphics& graphics() { return graphics_; }
     ImageIO& imageIO() { return imageIO_; }
+    AVFoundation& avFoundation() { return avFoundation_; }
+    AudioToolbox& audioToolbox() { return audioToolbox_; }
     FileManager& fileManager() { return fileManager_; }
     URLSession& urlSession() { return urlSession_; }
     RemoteConfig& remoteConfig() { return remoteConfig_; }
@@ -73,6 +77,8 @@ private:
     DesktopCoreImage coreImage_;
     DesktopCoreML coreML_;
     DesktopVision vision_;
+    DesktopAVFoundation avFoundation_;
+    DesktopAudioToolbox audioToolbox_;
 };
 
 }  // namespace quillmere
