@@ -43,7 +43,8 @@ DesktopPlatform::DesktopPlatform(ResourceBundle bundle, StringsFile strings)
       imageIO_(pool_),
       coreImage_(pool_),
       coreML_(networks_),
-      vision_(coreImage_) {}
+      vision_(coreImage_),
+      movies_(dispatch_) {}
 
 void DesktopPlatform::recordOrderlyEnd() {
     analytics_.end(std::chrono::milliseconds(500));

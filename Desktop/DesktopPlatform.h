@@ -5,6 +5,7 @@
 
 #include "Base/Result.h"
 #include "Base/WorkerPool.h"
+#include "Desktop/AVFoundation/LazyMovies.h"
 #include "Desktop/Analytics/EventLog.h"
 #include "Desktop/Application/DesktopServices.h"
 #include "Desktop/Application/ErrorStreamConsole.h"
@@ -42,6 +43,9 @@ public:
     Graphics& graphics() { return graphics_; }
     ImageIO& imageIO() { return imageIO_; }
     ImageMetadata& imageMetadata() { return imageMetadata_; }
+    /// Null, as is the next, where the program came without its movie module.
+    AVFoundation* avFoundation() { return movies_.avFoundation(); }
+    AudioToolbox* audioToolbox() { return movies_.audioToolbox(); }
     FileManager& fileManager() { return fileManager_; }
     URLSession& urlSession() { return urlSession_; }
     RemoteConfig& remoteConfig() { return remoteConfig_; }
@@ -86,6 +90,7 @@ private:
     DesktopCoreImage coreImage_;
     DesktopCoreML coreML_;
     DesktopVision vision_;
+    LazyMovies movies_;
 };
 
 }  // namespace quillmere
