@@ -97,7 +97,8 @@ Result<GreyPicture> loadGrey(const std::filesystem::path& file) {
 }
 
 GreyPicture reduced(const GreyPicture& picture, int factor, Reduction reduction) {
-    return transposed(narrowed(transposed(narrowed(picture, factor, reduction)), factor, reduction));
+    return transposed(
+        narrowed(transposed(narrowed(picture, factor, reduction)), factor, reduction));
 }
 
 GreyPicture rounded(GreyPicture picture) {

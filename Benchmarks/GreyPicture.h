@@ -20,7 +20,9 @@ struct GreyPicture {
         : size(s), pixels(static_cast<std::size_t>(s.width) * s.height) {}
 
     float* row(int y) { return pixels.data() + static_cast<std::size_t>(y) * size.width; }
-    const float* row(int y) const { return pixels.data() + static_cast<std::size_t>(y) * size.width; }
+    const float* row(int y) const {
+        return pixels.data() + static_cast<std::size_t>(y) * size.width;
+    }
     /// Beyond an edge, the edge.
     float at(int x, int y) const;
     /// Between pixels, by the cubic of Catmull and Rom.

@@ -82,7 +82,9 @@ const ScalerClip kClips[] = {
     {"Still camera, noise of 3 levels",
      {kDogs},
      3,
-     [](Pictures p, PixelSize s, int) { return photographed(p[0], s, {0, 300}); }},
+     [](Pictures p, PixelSize s, int) {
+         return photographed(p[0], s, {0, 300});
+     }},
     {"Zoom with a turn",
      {kLeaves},
      0,

@@ -19,7 +19,6 @@ constexpr PixelSize kTruth{768, 432};
 constexpr int kFrames = 12;
 constexpr int kEdge = 16;  // not compared: what lies there is guessed from one side
 
-
 double meanSquare(const scaler::TargetPlane& a, const GreyPicture& b) {
     double sum = 0;
     for (int y = kEdge; y < b.size.height - kEdge; ++y) {
@@ -64,11 +63,11 @@ void fill(const GreyPicture& truth, int factor, Reduction reduction, float noise
 
 /// Means over a clip's frames but the first, of which nothing precedes.
 struct Score {
-    double lanczos = 0;      // dB
-    double alone = 0;        // dB: each frame without the ones before
-    double ours = 0;         // dB
-    double worst = 100;      // dB: the least that a frame gains over Lanczos
-    double flicker = 0;      // levels: the deviation from the frame before
+    double lanczos = 0;  // dB
+    double alone = 0;    // dB: each frame without the ones before
+    double ours = 0;     // dB
+    double worst = 100;  // dB: the least that a frame gains over Lanczos
+    double flicker = 0;  // levels: the deviation from the frame before
     double flickerLanczos = 0;
 };
 
@@ -117,8 +116,8 @@ std::string signedFigure(double value) {
 void measureAll(int factor, Reduction reduction) {
     const std::string how = reduction == Reduction::area ? "means of squares" : "Lanczos's filter";
     Table table("Enlarging by " + std::to_string(factor) + " what " + how + " reduced, in dB",
-                {"Clip", "Lanczos", "A frame alone", "Ours", "Least of a frame",
-                 "Flicker, levels", "Lanczos's"});
+                {"Clip", "Lanczos", "A frame alone", "Ours", "Least of a frame", "Flicker, levels",
+                 "Lanczos's"});
     double alone = 0, ours = 0;
     int clips = 0;
     for (const ScalerClip& clip : scalerClips()) {

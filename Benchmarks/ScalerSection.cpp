@@ -1,12 +1,11 @@
 // The time of a frame, beside FFmpeg's scaler, and of what it is made of.
-#include <ctime>
-
 #include <array>
 #include <functional>
 #include <random>
 
 #include "Benchmarks/PlanarBuffer.h"
 #include "Benchmarks/ScalerClip.h"
+#include "Benchmarks/ScalerStages.h"
 #include "Benchmarks/Section.h"
 #include "Benchmarks/SoftwareScaler.h"
 #include "Benchmarks/Table.h"
@@ -18,19 +17,6 @@ namespace {
 constexpr PixelSize kSource{640, 360};
 constexpr int kThreads = 2;
 constexpr Rounds kRounds{9, 60, 8.0};
-
-/// Of all threads: what other work on the machine does not change.
-template <class Work>
-double processorSecondsOf(const Work& work) {
-    const auto now = [] {
-        timespec time{};
-        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-        return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
-    };
-    const double start = now();
-    work();
-    return now() - start;
-}
 
 /// Some frames of a shaken photograph with a little noise, so that no part has it easy.
 Result<std::vector<PlanarBuffer>> makeFrames() {
@@ -87,6 +73,7 @@ void measureScaler(const Setting&) {
                  "Our speed to swscale's", "to its exact one's", "Ours, ms by the clock"});
     if (!frames) return table.missing("All", frames.error().localizedDescription);
     for (const int factor : {2, 4}) measureFactor(factor, *frames, table);
+    measureScalerStages((*frames)[0], (*frames)[1], kSource);
 }
 
 }  // namespace quillmere::benchmark

@@ -18,16 +18,24 @@ using namespace quillmere::scaler;
 using F = DoublingFilters;
 
 // None of them is in a clip of the section scaler-quality.
-const char* const kPictures[] = {
-    "mate/nature/Dune.jpg",          "mate/nature/Garden.jpg",
-    "mate/nature/GreenMeadow.jpg",   "mate/nature/LadyBird.jpg",
-    "mate/nature/RainDrops.jpg",     "mate/nature/TwoWings.jpg",
-    "mate/nature/YellowFlower.jpg",  "Bridge_by_Sander_Klootwijk.jpg",
-    "Kleiber_by_Lukas_Baubkus.jpg",  "Picture_0B_by_freespace.jpg",
-    "Picture_1A_by_freespace.jpg",   "greentock_by_Peter_Nerlich.jpg",
-    "seeding_by_Clements_Engelhardt.jpg", "sunset_by_Aitzol_Berasategi.jpg",
-    "umang_by_Abhishek_Mudgal.jpg",  "goldfish.png",
-    "string.jpg",                    "the-mouse.jpg"};
+const char* const kPictures[] = {"mate/nature/Dune.jpg",
+                                 "mate/nature/Garden.jpg",
+                                 "mate/nature/GreenMeadow.jpg",
+                                 "mate/nature/LadyBird.jpg",
+                                 "mate/nature/RainDrops.jpg",
+                                 "mate/nature/TwoWings.jpg",
+                                 "mate/nature/YellowFlower.jpg",
+                                 "Bridge_by_Sander_Klootwijk.jpg",
+                                 "Kleiber_by_Lukas_Baubkus.jpg",
+                                 "Picture_0B_by_freespace.jpg",
+                                 "Picture_1A_by_freespace.jpg",
+                                 "greentock_by_Peter_Nerlich.jpg",
+                                 "seeding_by_Clements_Engelhardt.jpg",
+                                 "sunset_by_Aitzol_Berasategi.jpg",
+                                 "umang_by_Abhishek_Mudgal.jpg",
+                                 "goldfish.png",
+                                 "string.jpg",
+                                 "the-mouse.jpg"};
 
 // Photographs are soft at their full size: they are learned from at about this width.
 constexpr int kWidth = 1000;
@@ -121,10 +129,11 @@ void addPatches(const PaddedPlane<std::uint8_t>& small, const GreyPicture& truth
 }
 
 void print(const std::vector<Problem>& problems) {
-    std::printf("// Written by quillmere-scaler-training; not to be edited by hand.\n"
-                "#include \"Desktop/VideoToolbox/DoublingFilters.h\"\n\n"
-                "namespace quillmere::scaler {\n\n// clang-format off\n"
-                "const std::int16_t kTrainedFilters[kStoredFilters][DoublingFilters::kTaps] = {\n");
+    std::printf(
+        "// Written by quillmere-scaler-training; not to be edited by hand.\n"
+        "#include \"Desktop/VideoToolbox/DoublingFilters.h\"\n\n"
+        "namespace quillmere::scaler {\n\n// clang-format off\n"
+        "const std::int16_t kTrainedFilters[kStoredFilters][DoublingFilters::kTaps] = {\n");
     for (const Problem& problem : problems) {
         for (int phase = 0; phase < kStoredPhases; ++phase) {
             std::vector<double> weights = problem.weights(phase);

@@ -58,9 +58,8 @@ namespace quillmere::scaler {
 HWY_EXPORT(ResidualRow);
 HWY_EXPORT(AddRow);
 
-void findResidual(const PaddedPlane<std::uint8_t>& luma,
-                  const PaddedPlane<std::uint8_t>& enlarged, RowBand band, float noise,
-                  Residual& residual) {
+void findResidual(const PaddedPlane<std::uint8_t>& luma, const PaddedPlane<std::uint8_t>& enlarged,
+                  RowBand band, float noise, Residual& residual) {
     // A noise of 0 makes everything count in full.
     const float perUnit = 1 / (4 * 2 * noise + 1e-6f);
     for (int y = band.first; y < band.end; ++y) {

@@ -34,8 +34,7 @@ int Difference16(const std::uint8_t* a, std::ptrdiff_t strideA, const std::uint8
     const D16 d;
     auto sums = hn::Zero(hn::FixedTag<std::uint64_t, 2>());
     for (int y = 0; y < 16; ++y, a += strideA, b += strideB) {
-        sums = hn::Add(sums,
-                       hn::SumsOf8(AbsoluteDifference(hn::LoadU(d, a), hn::LoadU(d, b))));
+        sums = hn::Add(sums, hn::SumsOf8(AbsoluteDifference(hn::LoadU(d, a), hn::LoadU(d, b))));
     }
     return TotalOf(sums);
 }
@@ -50,8 +49,8 @@ int Difference8(const std::uint8_t* a, std::ptrdiff_t strideA, const std::uint8_
                 std::ptrdiff_t strideB) {
     auto sums = hn::Zero(hn::FixedTag<std::uint64_t, 2>());
     for (int y = 0; y < 8; y += 2, a += 2 * strideA, b += 2 * strideB) {
-        sums = hn::Add(
-            sums, hn::SumsOf8(AbsoluteDifference(TwoRows(a, strideA), TwoRows(b, strideB))));
+        sums = hn::Add(sums,
+                       hn::SumsOf8(AbsoluteDifference(TwoRows(a, strideA), TwoRows(b, strideB))));
     }
     return TotalOf(sums);
 }
@@ -101,18 +100,17 @@ public:
           side_(side) {}
 
     void attempt(Step step) {
-        const int difference = windowDifference(
-            pixels_, stride_, before_ + step.y * stride_ + step.x, stride_, side_);
+        if (step == best_ && least_ != INT32_MAX) return;
+        const int difference =
+            windowDifference(pixels_, stride_, before_ + step.y * stride_ + step.x, stride_, side_);
         if (difference < least_) {
             least_ = difference;
             best_ = step;
         }
     }
     void attemptAround(Step centre) {
-        for (int y = -1; y <= 1; ++y) {
-            for (int x = -1; x <= 1; ++x) {
-                if (x != 0 || y != 0) attempt({centre.x + x, centre.y + y});
-            }
+        for (const Step step : {Step{-1, 0}, Step{1, 0}, Step{0, -1}, Step{0, 1}}) {
+            attempt({centre.x + step.x, centre.y + step.y});
         }
     }
     Step best() const { return best_; }

@@ -42,8 +42,7 @@ HWY_INLINE V32 Totals(V32 a, V32 b, V32 c, V32 e) {
 }
 
 // Four pixels of two phases side by side, as eight levels.
-HWY_INLINE void StoreLevels(const std::int32_t* left, const std::int32_t* right,
-                            std::uint8_t* to) {
+HWY_INLINE void StoreLevels(const std::int32_t* left, const std::int32_t* right, std::uint8_t* to) {
     const hn::FixedTag<std::int32_t, 4> d;
     const hn::FixedTag<std::int16_t, 4> half;
     const hn::FixedTag<std::int16_t, 8> d16;

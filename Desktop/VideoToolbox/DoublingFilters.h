@@ -14,7 +14,7 @@ struct DoublingFilters {
     static constexpr int kColumns = 7;
     static constexpr int kRows = 5;
     static constexpr int kTaps = kColumns * kRows;
-    static constexpr int kPhases = 4;  // upper left, upper right, lower left, lower right
+    static constexpr int kPhases = 4;     // upper left, upper right, lower left, lower right
     static constexpr int kOne = 1 << 12;  // a weight of 1
 
     /// [class][row][phase][8 columns], the last one zero: a vector of any length holds some phases
@@ -35,8 +35,8 @@ struct DoublingFilters {
 /// turn: [strength][coherence][direction 0 to 4][phase 0 to 1][row][column].
 inline constexpr int kStoredDirections = 5;
 inline constexpr int kStoredPhases = 2;
-inline constexpr int kStoredFilters = LocalStructure::kStrengths * LocalStructure::kCoherences *
-                                      kStoredDirections * kStoredPhases;
+inline constexpr int kStoredFilters =
+    LocalStructure::kStrengths * LocalStructure::kCoherences * kStoredDirections * kStoredPhases;
 extern const std::int16_t kTrainedFilters[kStoredFilters][DoublingFilters::kTaps];
 
 }  // namespace quillmere::scaler

@@ -14,7 +14,8 @@
 namespace quillmere::scaler {
 namespace {
 
-constexpr int kLumaBorder = 8;  // of the source: what the filters read
+constexpr int kLumaBorder = 8;    // of the source: what the filters read
+constexpr int kVectorSlack = 64;  // what kernels may write beyond a row
 
 PixelSize doubled(PixelSize size) { return {2 * size.width, 2 * size.height}; }
 
@@ -41,7 +42,7 @@ struct FrameScaler::Buffers {
         explicit Scratch(int width)
             : classifier(width),
               classes(static_cast<std::size_t>(width) * kBandRows),
-              upper(2 * static_cast<std::size_t>(width) + 8),
+              upper(2 * static_cast<std::size_t>(width) + kVectorSlack),
               lower(upper.size()),
               shares(upper.size()) {}
 
@@ -50,7 +51,7 @@ struct FrameScaler::Buffers {
         std::vector<std::uint8_t> upper;
         std::vector<std::uint8_t> lower;
         std::vector<std::uint8_t> shares;
-        std::vector<int> sums;
+        std::vector<std::int16_t> sums;
         DifferenceHistogram differences;
     };
 
@@ -100,9 +101,8 @@ void FrameScaler::scale(const SourceFrame& source, const TargetFrame& target) {
     enlarge();
     agree();
     if (factor_ == 2) {
-        forBands(targetSize.height, pool_, [&](RowBand band, std::size_t) {
-            copyRows(b.enlarged, band, target.luma);
-        });
+        forBands(targetSize.height, pool_,
+                 [&](RowBand band, std::size_t) { copyRows(b.enlarged, band, target.luma); });
     } else {
         lanczosDouble(b.enlarged, Siting::centre, target.luma, pool_);
     }
@@ -172,9 +172,8 @@ void FrameScaler::enlarge() {
 void FrameScaler::agree() {
     Buffers& b = *buffers_;
     b.residual.extendEdges();
-    forBands(size_.height, pool_, [&](RowBand band, std::size_t) {
-        addResidual(b.residual, band, b.enlarged);
-    });
+    forBands(size_.height, pool_,
+             [&](RowBand band, std::size_t) { addResidual(b.residual, band, b.enlarged); });
     b.enlarged.extendEdges();
 }
 

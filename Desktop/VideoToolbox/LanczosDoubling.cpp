@@ -28,8 +28,8 @@ void BetweenRows(const std::uint8_t* from, std::ptrdiff_t stride, const std::int
         auto sum = hn::Set(d, 1);  // half of what the shift drops
         for (int tap = 0; tap < kLanczosTaps; ++tap) {
             const std::uint8_t* row = from + (tap - 2) * stride;
-            sum = hn::Add(sum, hn::Mul(hn::PromoteTo(d, hn::LoadU(D8(), row + x)),
-                                       hn::Set(d, taps[tap])));
+            sum = hn::Add(
+                sum, hn::Mul(hn::PromoteTo(d, hn::LoadU(D8(), row + x)), hn::Set(d, taps[tap])));
         }
         hn::StoreU(hn::ShiftRight<1>(sum), d, to + x);
     }

@@ -1,5 +1,7 @@
 #include "Desktop/VideoToolbox/LocalStructure.h"
 
+#include <algorithm>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Desktop/VideoToolbox/LocalStructure.cpp"
 #include <hwy/foreach_target.h>
@@ -9,6 +11,8 @@
 HWY_BEFORE_NAMESPACE();
 namespace quillmere::scaler::HWY_NAMESPACE {
 namespace {
+
+namespace hn = hwy::HWY_NAMESPACE;
 
 // Plain loops: the compiler turns them into vectors of each target.
 
@@ -30,34 +34,53 @@ void WeighRows(const std::int32_t* HWY_RESTRICT above, const std::int32_t* HWY_R
     for (int x = 0; x < count; ++x) to[x] = above[x] + 2 * row[x] + below[x];
 }
 
-/// `sums`: three rows of products as above, weighed from top to bottom.
-void ClassifyRow(const std::int32_t* HWY_RESTRICT sums, int width, int pitch,
-                 std::uint8_t* HWY_RESTRICT classes) {
-    const auto weigh = [](const std::int32_t* at) {
-        return static_cast<float>(at[0] + 2 * at[1] + at[2]);
+/// `sums`: three rows of products as above, weighed from top to bottom. Up to a vector more than
+/// `width` is read and written.
+void ClassifyRow(const std::int32_t* sums, int width, int pitch, std::uint8_t* classes) {
+    using S = LocalStructure;
+    const hn::ScalableTag<float> d;
+    const hn::RebindToSigned<decltype(d)> d32;
+    const hn::Rebind<std::uint8_t, decltype(d)> d8;
+    const auto set = [&](float value) { return hn::Set(d, value); };
+    const auto weigh = [&](const std::int32_t* at) {
+        const auto middle = hn::LoadU(d32, at + 1);
+        return hn::ConvertTo(d, hn::Add(hn::Add(hn::LoadU(d32, at), hn::LoadU(d32, at + 2)),
+                                        hn::Add(middle, middle)));
     };
-    for (int x = 0; x < width; ++x) {
-        const float xx = weigh(sums + x);
-        const float xy = weigh(sums + pitch + x);
-        const float yy = weigh(sums + 2 * pitch + x);
-        const float trace = xx + yy;  // of sixteen times the tensor
-        const float along = xx - yy, across = 2 * xy;  // the doubled angle's cosine and sine
-        const int strength = (trace >= 16 * 60.0f) + (trace >= 16 * 300.0f) +
-                             (trace >= 16 * 1500.0f);
-        const float difference = along * along + across * across;
-        const int coherence = (difference >= 0.09f * (trace * trace)) +
-                              (difference >= 0.49f * (trace * trace));
-        constexpr float tangent = 0.41421356f;  // of an eighth of a half turn
-        const float c = along < 0 ? -along : along, s = across < 0 ? -across : across;
-        const int alongX = along > 0 ? 0 : 4;
-        const int diagonal = across > 0 ? 2 : 6;
-        const int right = across > 0 ? 1 : 7, left = across > 0 ? 3 : 5;
-        const int between = along > 0 ? right : left;
-        const int steep = c < tangent * s ? diagonal : between;
-        const int direction = s < tangent * c ? alongX : steep;
-        classes[x] = static_cast<std::uint8_t>(
-            (strength * LocalStructure::kCoherences + coherence) * LocalStructure::kDirections +
-            direction);
+    const auto countsIf = [&](auto condition, int count) {
+        return hn::IfThenElseZero(condition, set(static_cast<float>(count)));
+    };
+    for (int x = 0; x < width; x += static_cast<int>(hn::Lanes(d))) {
+        const auto xx = weigh(sums + x), xy = weigh(sums + pitch + x);
+        const auto yy = weigh(sums + 2 * pitch + x);
+        const auto trace = hn::Add(xx, yy);  // of sixteen times the tensor
+        auto result = set(0);                // exact: whole numbers
+        for (const float bound : {60.0f, 300.0f, 1500.0f}) {
+            result = hn::Add(
+                result, countsIf(hn::Ge(trace, set(16 * bound)), S::kCoherences * S::kDirections));
+        }
+        // The doubled angle's cosine and sine.
+        const auto cosine = hn::Sub(xx, yy), sine = hn::Add(xy, xy);
+        const auto difference = hn::Add(hn::Mul(cosine, cosine), hn::Mul(sine, sine));
+        const auto square = hn::Mul(trace, trace);
+        for (const float bound : {0.3f, 0.7f}) {
+            result = hn::Add(
+                result,
+                countsIf(hn::Ge(difference, hn::Mul(set(bound * bound), square)), S::kDirections));
+        }
+        const auto tangent = set(0.41421356f);  // of an eighth of a half turn
+        const auto c = hn::Abs(cosine), s = hn::Abs(sine), zero = set(0);
+        const auto right = hn::Gt(cosine, zero), down = hn::Gt(sine, zero);
+        const auto choose = [&](auto mask, float yes, float no) {
+            return hn::IfThenElse(mask, set(yes), set(no));
+        };
+        const auto between = hn::IfThenElse(right, choose(down, 1, 7), choose(down, 3, 5));
+        const auto steep =
+            hn::IfThenElse(hn::Lt(c, hn::Mul(tangent, s)), choose(down, 2, 6), between);
+        const auto direction =
+            hn::IfThenElse(hn::Lt(s, hn::Mul(tangent, c)), choose(right, 0, 4), steep);
+        result = hn::Add(result, direction);
+        hn::StoreU(hn::DemoteTo(d8, hn::ConvertTo(d32, result)), d8, classes + x);
     }
 }
 
@@ -72,9 +95,17 @@ HWY_EXPORT(MultiplyDifferences);
 HWY_EXPORT(WeighRows);
 HWY_EXPORT(ClassifyRow);
 
+namespace {
+
+constexpr int kVectorSlack = 64;
+
+}  // namespace
+
 // Three rows' products, three sums each, and the weighed ones.
 StructureClassifier::StructureClassifier(int width)
-    : pitch_(width + 2), rows_(static_cast<std::size_t>(pitch_) * 3 * 4) {}
+    : pitch_(width + 2),
+      rows_(static_cast<std::size_t>(pitch_) * 3 * 4 + kVectorSlack),
+      row_(static_cast<std::size_t>(width) + kVectorSlack) {}
 
 void StructureClassifier::classify(const PaddedPlane<std::uint8_t>& luma, RowBand band,
                                    std::uint8_t* classes) {
@@ -91,7 +122,8 @@ void StructureClassifier::classify(const PaddedPlane<std::uint8_t>& luma, RowBan
         multiply(y + 1);
         HWY_DYNAMIC_DISPATCH(WeighRows)
         (products(y - 1), products(y), products(y + 1), 3 * pitch_, weighed);
-        HWY_DYNAMIC_DISPATCH(ClassifyRow)(weighed, width, pitch_, classes);
+        HWY_DYNAMIC_DISPATCH(ClassifyRow)(weighed, width, pitch_, row_.data());
+        std::copy_n(row_.data(), width, classes);
     }
 }
 

@@ -38,6 +38,7 @@ public:
 private:
     int pitch_;
     std::vector<std::int32_t> rows_;
+    std::vector<std::uint8_t> row_;
 };
 
 }  // namespace quillmere::scaler

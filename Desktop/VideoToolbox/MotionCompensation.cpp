@@ -54,8 +54,8 @@ void WarpBlock(const std::uint8_t* from, std::ptrdiff_t stride, int phaseX, int 
             } else {
                 for (int tap = 0; tap < kLanczosTaps; ++tap) {
                     const auto weight = hn::Set(d, static_cast<std::int16_t>(taps[tap] * 512));
-                    sum = hn::Add(
-                        sum, hn::MulFixedPoint15(hn::Load(d, column + tap * kSide), weight));
+                    sum = hn::Add(sum,
+                                  hn::MulFixedPoint15(hn::Load(d, column + tap * kSide), weight));
                 }
             }
             hn::StoreU(hn::DemoteTo(d8, hn::ShiftRight<5>(sum)), d8, to + y * toStride + x);
@@ -81,8 +81,8 @@ void warpBlocks(const PaddedPlane<std::uint8_t>& before, const MotionField& fiel
     for (int block = 0; block < field.blocksWide; ++block) {
         const MotionVector& vector = field.at(block, blockRow);
         warpBlock(before.row(side * blockRow + (vector.y >> 3)) + side * block + (vector.x >> 3),
-                  before.stride(), vector.x & 7, vector.y & 7, to.row(side * blockRow) + side * block,
-                  to.stride());
+                  before.stride(), vector.x & 7, vector.y & 7,
+                  to.row(side * blockRow) + side * block, to.stride());
     }
 }
 

@@ -55,8 +55,7 @@ SlopeSums SumSlopes(const std::uint8_t* frame, const std::uint8_t* before, std::
             const std::uint8_t* from = before + x;
             const auto gx = hn::Sub(Pixels(at + 1), Pixels(at - 1));
             const auto gy = hn::Sub(Pixels(at + stride), Pixels(at - stride));
-            const auto upper =
-                hn::Add(hn::Mul(Pixels(from), w00), hn::Mul(Pixels(from + 1), w10));
+            const auto upper = hn::Add(hn::Mul(Pixels(from), w00), hn::Mul(Pixels(from + 1), w10));
             const auto lower = hn::Add(hn::Mul(Pixels(from + stride), w01),
                                        hn::Mul(Pixels(from + stride + 1), w11));
             const auto shifted = hn::Add(upper, lower);
@@ -104,8 +103,8 @@ MotionVector refineMotion(const Pyramid& frame, const Pyramid& before, int block
     for (int iteration = 0; iteration < kIterations; ++iteration) {
         const Step tried{8 * step.x + static_cast<int>(std::lround(8 * moveX)),
                          8 * step.y + static_cast<int>(std::lround(8 * moveY))};
-        const SlopeSums sums = slopeSums(frame.full.row(y) + x, before.full.row(y) + x,
-                                         frame.full.stride(), tried);
+        const SlopeSums sums =
+            slopeSums(frame.full.row(y) + x, before.full.row(y) + x, frame.full.stride(), tried);
         const float xx = static_cast<float>(sums.xx) + kFirmness;
         const float yy = static_cast<float>(sums.yy) + kFirmness;
         const float xy = static_cast<float>(sums.xy);

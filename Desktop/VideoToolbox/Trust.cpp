@@ -1,5 +1,7 @@
 #include "Desktop/VideoToolbox/Trust.h"
 
+#include <cstdlib>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Desktop/VideoToolbox/Trust.cpp"
 #include <hwy/foreach_target.h>
@@ -10,38 +12,58 @@ HWY_BEFORE_NAMESPACE();
 namespace quillmere::scaler::HWY_NAMESPACE {
 namespace {
 
-// Plain loops: the compiler turns them into vectors of each target.
+namespace hn = hwy::HWY_NAMESPACE;
 
+using D16 = hn::ScalableTag<std::int16_t>;
+
+// A plain loop, as the last one: the compiler turns it into vectors of each target.
 void CompareRow(const std::uint8_t* HWY_RESTRICT source, const std::uint8_t* HWY_RESTRICT upper,
                 const std::uint8_t* HWY_RESTRICT lower, int width,
-                std::uint16_t* HWY_RESTRICT mismatch) {
+                std::int16_t* HWY_RESTRICT mismatch) {
     for (int x = 0; x < width; ++x) {
         const auto sum = static_cast<std::int16_t>(upper[2 * x] + upper[2 * x + 1] + lower[2 * x] +
                                                    lower[2 * x + 1]);
-        const auto off = static_cast<std::int16_t>(4 * source[x] - sum);
-        mismatch[x] = static_cast<std::uint16_t>(off < 0 ? -off : off);
+        mismatch[x] = static_cast<std::int16_t>(4 * source[x] - sum);
     }
 }
 
-void SumColumns(const std::uint16_t* HWY_RESTRICT centre, std::ptrdiff_t stride, int count,
-                int* HWY_RESTRICT sums) {
-    for (int x = 0; x < count; ++x) {
-        const std::uint16_t* at = centre + x;
-        sums[x] = at[-2 * stride] + at[-stride] + at[0] + at[stride] + at[2 * stride];
+// Sums of five rows: as they are, and of their sizes. Up to a vector more than `count` is written.
+void SumColumns(const std::int16_t* centre, std::ptrdiff_t stride, int count, std::int16_t* sums,
+                std::int16_t* sizes) {
+    const D16 d;
+    for (int x = 0; x < count; x += static_cast<int>(hn::Lanes(d))) {
+        auto sum = hn::Zero(d), size = hn::Zero(d);
+        for (int row = -kTrustReach; row <= kTrustReach; ++row) {
+            const auto off = hn::LoadU(d, centre + row * stride + x);
+            sum = hn::Add(sum, off);
+            size = hn::Add(size, hn::Abs(off));
+        }
+        hn::StoreU(sum, d, sums + x);
+        hn::StoreU(size, d, sizes + x);
     }
 }
 
-// share = highest - slope * sum, within its bounds.
-void ShareRow(const int* HWY_RESTRICT sums, int width, float highest, float slope,
-              std::uint8_t* HWY_RESTRICT shares) {
-    for (int x = 0; x < width; ++x) {
-        const int sum = sums[x] + sums[x + 1] + sums[x + 2] + sums[x + 3] + sums[x + 4];
-        float share = highest - slope * static_cast<float>(sum);
-        share = share < 0 ? 0 : share;
-        share = share > kFullShare ? kFullShare : share;
-        const auto rounded = static_cast<std::uint8_t>(static_cast<int>(share + 0.5f));
-        shares[2 * x] = rounded;
-        shares[2 * x + 1] = rounded;
+HWY_INLINE hn::Vec<D16> SumOfFive(const std::int16_t* from) {
+    const D16 d;
+    auto sum = hn::LoadU(d, from);
+    for (int n = 1; n <= 2 * kTrustReach; ++n) sum = hn::Add(sum, hn::LoadU(d, from + n));
+    return sum;
+}
+
+// share = (refused - sum) * slope, within its bounds; `slope` in 1/32768.
+void ShareRow(const std::int16_t* sums, const std::int16_t* sizes, int width, std::int16_t refused,
+              std::int16_t slope, std::uint8_t* shares) {
+    const D16 d;
+    const hn::Rebind<std::uint8_t, D16> d8;
+    for (int x = 0; x < width; x += static_cast<int>(hn::Lanes(d))) {
+        const auto shift = hn::Abs(SumOfFive(sums + x));
+        const auto weighed = hn::SaturatedAdd(shift, hn::SaturatedAdd(shift, shift));
+        const auto worse = hn::Max(SumOfFive(sizes + x), weighed);
+        const auto left = hn::Max(hn::Sub(hn::Set(d, refused), worse), hn::Zero(d));
+        const auto share = hn::Min(hn::MulFixedPoint15(left, hn::Set(d, slope)),
+                                   hn::Set(d, std::int16_t{kFullShare}));
+        const auto bytes = hn::DemoteTo(d8, share);
+        hn::StoreInterleaved2(bytes, bytes, d8, shares + 2 * x);
     }
 }
 
@@ -66,29 +88,40 @@ HWY_EXPORT(SumColumns);
 HWY_EXPORT(ShareRow);
 HWY_EXPORT(MixRow);
 
-void compareCarried(const PaddedPlane<std::uint8_t>& luma,
-                    const PaddedPlane<std::uint8_t>& carried, RowBand band, Mismatch& mismatch,
-                    DifferenceHistogram& histogram) {
+namespace {
+
+constexpr int kVectorSlack = 64;
+
+}  // namespace
+
+void compareCarried(const PaddedPlane<std::uint8_t>& luma, const PaddedPlane<std::uint8_t>& carried,
+                    RowBand band, Mismatch& mismatch, DifferenceHistogram& histogram) {
     const int width = luma.size().width;
     for (int y = band.first; y < band.end; ++y) {
         HWY_DYNAMIC_DISPATCH(CompareRow)
         (luma.row(y), carried.row(2 * y), carried.row(2 * y + 1), width, mismatch.row(y));
         if (y % kNoiseStep != 0) continue;
-        for (int x = 0; x < width; x += kNoiseStep) histogram.add(mismatch.row(y)[x]);
+        for (int x = 0; x < width; x += kNoiseStep) {
+            histogram.add(std::abs(mismatch.row(y)[x]));
+        }
     }
 }
 
-void trustRow(const Mismatch& mismatch, int y, float noise, std::vector<int>& sums,
+void trustRow(const Mismatch& mismatch, int y, float noise, std::vector<std::int16_t>& sums,
               std::uint8_t* shares) {
     const int width = mismatch.size().width;
-    sums.resize(static_cast<std::size_t>(width) + 2 * kTrustReach);
+    const int count = width + 2 * kTrustReach;
+    const int pitch = count + kVectorSlack;
+    sums.resize(2 * static_cast<std::size_t>(pitch));
+    std::int16_t* sizes = sums.data() + pitch;
     HWY_DYNAMIC_DISPATCH(SumColumns)
-    (mismatch.row(y) - kTrustReach, mismatch.stride(), width + 2 * kTrustReach, sums.data());
+    (mismatch.row(y) - kTrustReach, mismatch.stride(), count, sums.data(), sizes);
     const float believed = 1 + noise, refused = 6 + 1.6f * noise;  // in levels
     constexpr float unitsOfLevel = 4 * 25;
-    const float slope = kFullShare / (refused - believed);
+    const float slope = kFullShare / ((refused - believed) * unitsOfLevel);
     HWY_DYNAMIC_DISPATCH(ShareRow)
-    (sums.data(), width, refused * slope, slope / unitsOfLevel, shares);
+    (sums.data(), sizes, width, static_cast<std::int16_t>(refused * unitsOfLevel),
+     static_cast<std::int16_t>(slope * 32768), shares);
 }
 
 void mixRow(const std::uint8_t* enlarged, const std::uint8_t* shares, int count,
