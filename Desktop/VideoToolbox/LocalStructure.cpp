@@ -70,7 +70,7 @@ void ClassifyRow(const std::int32_t* sums, int width, int pitch, std::uint8_t* c
         }
         const auto tangent = set(0.41421356f);  // of an eighth of a half turn
         const auto c = hn::Abs(cosine), s = hn::Abs(sine), zero = set(0);
-        const auto right = hn::Gt(cosine, zero), down = hn::Gt(sine, zero);
+        const auto right = hn::Ge(cosine, zero), down = hn::Gt(sine, zero);
         const auto choose = [&](auto mask, float yes, float no) {
             return hn::IfThenElse(mask, set(yes), set(no));
         };
@@ -78,7 +78,7 @@ void ClassifyRow(const std::int32_t* sums, int width, int pitch, std::uint8_t* c
         const auto steep =
             hn::IfThenElse(hn::Lt(c, hn::Mul(tangent, s)), choose(down, 2, 6), between);
         const auto direction =
-            hn::IfThenElse(hn::Lt(s, hn::Mul(tangent, c)), choose(right, 0, 4), steep);
+            hn::IfThenElse(hn::Le(s, hn::Mul(tangent, c)), choose(right, 0, 4), steep);
         result = hn::Add(result, direction);
         hn::StoreU(hn::DemoteTo(d8, hn::ConvertTo(d32, result)), d8, classes + x);
     }
