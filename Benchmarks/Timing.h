@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <ctime>
 #include <functional>
 #include <span>
 #include <thread>
@@ -40,6 +41,20 @@ double secondsOf(const Work& work) {
     const Clock::time_point start = Clock::now();
     work();
     return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+/// The time that processors spent on one call, in seconds, over all threads of this process: what
+/// other work on the machine hardly changes.
+template <class Work>
+double processorSecondsOf(const Work& work) {
+    const auto now = [] {
+        timespec time{};
+        clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+    };
+    const double start = now();
+    work();
+    return now() - start;
 }
 
 /// How often something is measured: until `seconds` have passed, but never less than `least` nor

@@ -36,6 +36,8 @@ const Section kSections[] = {
     {"heic", measureEncoding, "saving 12 megapixels: encoding, date and place"},
     {"warm-up", measureWarmUp, "the first conversion, with and without the warm-up at start"},
     {"events", measureEvents, "what recording an event costs its caller"},
+    {"scaler", measureScaler, "video frames, beside swscale"},
+    {"scaler-quality", measureScalerQuality, "what enlarged video frames keep of the truth"},
 };
 
 constexpr const char* kSectionMode = "--inside";

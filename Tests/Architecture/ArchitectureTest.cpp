@@ -122,7 +122,7 @@ const Library libraries[] = {
     {"zlib.h", {"Desktop/ImageIO/"}},
     {"jpeglib.h", {"Desktop/ImageIO/"}},
     {"webp/", {"Desktop/ImageIO/"}},
-    {"hwy/", {"Neural/"}},
+    {"hwy/", {"Neural/", "Desktop/VideoToolbox/"}},
     {"CLI/", {"CommandLine/", "Neural/Compile/"}},
     {"nlohmann/",
      {"Neural/", "Desktop/Analytics/", "Desktop/Application/", "Desktop/Localization/",

@@ -5,6 +5,7 @@
 #include <set>
 
 #include "Quillmere/Models/Enhance/StyleRows.h"
+#include "Tests/Fakes/FakeVideoToolbox.h"
 
 namespace quillmere {
 namespace {
@@ -18,15 +19,6 @@ public:
 
 private:
     SystemVersion version_;
-};
-
-class FixedVideoToolbox final : public VideoToolbox {
-public:
-    explicit FixedVideoToolbox(bool supported) : supported_(supported) {}
-    bool superResolutionScalerIsSupported() const override { return supported_; }
-
-private:
-    bool supported_;
 };
 
 TEST(EnhanceStyle, RawValuesOutsideTheTenGiveNoStyle) {
@@ -61,8 +53,9 @@ TEST(StyleRows, TheFourthRowNeedsAVideoTheSystemAndTheScaler) {
         {true, {25, 9}, true, 3}, {true, {26, 0}, false, 3}, {false, {16, 0}, false, 3},
     };
     for (const Case& c : cases) {
-        const auto rows =
-            styleRows(c.video, FixedDevice(c.version), FixedVideoToolbox(c.supported));
+        FakeVideoToolbox videoToolbox;
+        videoToolbox.state.isSupported = c.supported;
+        const auto rows = styleRows(c.video, FixedDevice(c.version), videoToolbox);
         ASSERT_EQ(rows.size(), c.rows);
         EXPECT_EQ(rows[0], (std::vector{original, high, superHigh}));
         EXPECT_EQ(rows[1], (std::vector{godHigh, oniHigh, kyokuHigh}));

@@ -1,0 +1,52 @@
+// The whole-pixel part of the motion search.
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "Base/WorkerPool.h"
+#include "Desktop/VideoToolbox/Pyramid.h"
+
+namespace quillmere::scaler {
+
+/// A displacement in whole pixels of its size.
+struct Step {
+    int x = 0;
+    int y = 0;
+
+    friend bool operator==(const Step&, const Step&) = default;
+};
+
+/// The sum of absolute differences of two windows of `side` by `side` pixels, 8 or 16.
+int windowDifference(const std::uint8_t* a, std::ptrdiff_t strideA, const std::uint8_t* b,
+                     std::ptrdiff_t strideB, int side);
+
+/// Hierarchical search by the sum of absolute differences (Bierling, "Displacement estimation by
+/// hierarchical blockmatching", 1988): everything within `kReach` at a quarter of the size, in
+/// blocks of 16 source pixels, then the best of the neighbourhood's results at half the size, then
+/// at the full one, each corrected by at most a pixel. Windows are twice as wide as their blocks,
+/// or motion would follow noise.
+class BlockSearch {
+public:
+    /// In pixels of the quarter size: 24 of the source. Further motion in one frame is not found.
+    static constexpr int kReach = 6;
+    /// No result is longer than this in either direction, in source pixels.
+    static constexpr int kLongest = 4 * kReach + 3;
+
+    explicit BlockSearch(PixelSize source);
+
+    /// Searches the quarter size; before the first `find` for a pair of frames.
+    void searchCoarsely(const Pyramid& frame, const Pyramid& before, WorkerPool& pool);
+
+    /// The best step for a block of `MotionField`. May be called from several threads.
+    Step find(const Pyramid& frame, const Pyramid& before, int blockX, int blockY) const;
+
+private:
+    Step coarseAt(int x, int y) const;
+
+    int wide_;
+    int high_;
+    std::vector<Step> coarse_;  // one for each 2 by 2 blocks
+};
+
+}  // namespace quillmere::scaler
