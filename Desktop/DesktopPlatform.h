@@ -6,6 +6,7 @@
 #include "Base/Result.h"
 #include "Base/WorkerPool.h"
 #include "Desktop/AVFoundation/LazyMovies.h"
+#include "Desktop/AdLibrary/NoAds.h"
 #include "Desktop/Analytics/EventLog.h"
 #include "Desktop/Application/DesktopServices.h"
 #include "Desktop/Application/ErrorStreamConsole.h"
@@ -51,6 +52,7 @@ public:
     RemoteConfig& remoteConfig() { return remoteConfig_; }
     DesktopUserDefaults& userDefaults() { return userDefaults_; }
     Analytics& analytics() { return analytics_; }
+    NoAds& ads() { return ads_; }
     FIRApp& services() { return services_; }
     DesktopConsent& consent() { return consent_; }
     CrashLog& crashLog() { return crashLog_; }
@@ -81,6 +83,7 @@ private:
     ProjectSettings settings_;
     DesktopServices services_;
     DesktopConsent consent_;
+    NoAds ads_{dispatch_};
     DesktopURLSession urlSession_;
     DesktopRemoteConfig remoteConfig_;
     DesktopUserDefaults userDefaults_;

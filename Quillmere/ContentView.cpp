@@ -40,9 +40,10 @@ void ContentView::startMobileAds() {
         isMobileAdsStartCalled_ = true;
         ports_.mobileAds.setTestDeviceIdentifiers(testDeviceIdentifiers_);
         ports_.mobileAds.startWithCompletionHandler([this] {
-            ports_.appOpenAds.setHasStartCompleted(true);
-            ports_.appOpenAds.loadAd();
-            ports_.interstitialAds.loadAd();
+            const auto appOpenAds = ports_.appOpenAds.get();
+            appOpenAds->setHasStartCompleted(true);
+            appOpenAds->loadAd();
+            ports_.interstitialAds.get()->loadAd();
         });
     });
 }

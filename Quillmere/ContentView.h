@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Base/Error.h"
+#include "Base/Shared.h"
 #include "Platform/AdLibrary/AdLibrary.h"
 #include "Platform/Application/Console.h"
 #include "Platform/Application/UIApplication.h"
@@ -29,8 +30,8 @@ public:
         const UIApplication& application;
         CrashLog& crashLog;
         Console& console;
-        AppOpenAdManager& appOpenAds;
-        InterstitialAdManager& interstitialAds;
+        Shared<AppOpenAdManager>& appOpenAds;
+        Shared<InterstitialAdManager>& interstitialAds;
     };
 
     /// The progress display takes no taps.

@@ -21,19 +21,28 @@ inline constexpr std::string_view cancelSaveVideo = "cancelSaveVideo";
 /// the session and quitting are `background`. Other values mean nothing here.
 enum class ScenePhase { background, inactive, active };
 
+/// The instances called shared belong to it, and are made at their first touch.
+///
 /// Main thread, except where a member says otherwise. Lives until the end of the process, and
 /// everything in `Platform` longer: what it starts calls back at any time.
 class QuillmereApp {
 public:
     struct Platform {
+        Dispatch& dispatch;
         FIRApp& services;
         ALPrivacySettings& adPrivacy;
+        GADMobileAds& mobileAds;
+        UMPConsentInformation& consentInformation;
+        UMPConsentForm& consentForm;
+        const UIApplication& application;
+        const UserDefaults& userDefaults;
         RemoteConfig& remoteConfig;
         CoreML& coreML;
         const Bundles& bundles;
         Analytics& analytics;
+        CrashLog& crashLog;
+        Console& console;
         const ProjectSettings& settings;
-        ContentView::Ports content;
     };
 
     explicit QuillmereApp(const Platform& platform);
@@ -43,6 +52,9 @@ public:
 
     /// Any thread.
     Shared<RemoteConfigClient>& remoteConfigClient() { return remoteConfigClient_; }
+    /// Main thread, as is the next.
+    Shared<AppOpenAdManager>& appOpenAdManager() { return appOpenAdManager_; }
+    Shared<InterstitialAdManager>& interstitialAdManager() { return interstitialAdManager_; }
     /// The default one of the process. Any thread.
     NotificationCenter& notificationCenter() { return notificationCenter_; }
 
@@ -56,6 +68,8 @@ private:
     ModelCatalogue catalogue_;
     ModelWarmUp warmUp_;
     Shared<RemoteConfigClient> remoteConfigClient_;
+    Shared<AppOpenAdManager> appOpenAdManager_;
+    Shared<InterstitialAdManager> interstitialAdManager_;
     AppDelegate appDelegate_;
     ContentView contentView_;
 };

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 
 #include "Platform/AVFoundation/AVFoundation.h"
@@ -35,7 +36,7 @@ struct DetailPorts {
     const Device& device;
     UIApplication& application;
     SKStoreReviewController& storeReview;
-    DetailAds& ads;
+    std::shared_ptr<DetailAds> ads;  // the screen's own
 
     /// `enhanceImage` of the tile engine.
     std::function<void(EnhanceStyle, const UIImage&, const TileEngine::Progress&,

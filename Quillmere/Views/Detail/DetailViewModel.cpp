@@ -38,7 +38,7 @@ void DetailViewModel::prepare(const UIImage& picture, std::optional<std::filesys
     originalMetadata = pickerResults && !pickerResults->empty()
                            ? metadataOf(ports_.photoLibrary, pickerResults->front())
                            : std::nullopt;
-    ports_.ads.loadSaveAd();
+    ports_.ads->loadSaveAd();
     ports_.analytics.logEventWithName(eventName("ShowDetail"), std::nullopt);
 }
 
@@ -57,7 +57,7 @@ void DetailViewModel::convert() {
     ports_.analytics.logEventWithName(eventName("TryConvert"), parametersOf(style));
     if (style != EnhanceStyle::original) {
         ports_.dispatch.mainQueue().asyncAfter(untilConvertAd,
-                                               [&ads = ports_.ads] { ads.showConvertAd(); });
+                                               [ads = ports_.ads] { ads->showConvertAd(); });
     }
     if (!originalImage) invariantBroken();
 
@@ -150,7 +150,7 @@ void DetailViewModel::imageSaved(bool success, const std::optional<Error>& error
     isShowShare.set(true);
 
     incrementCounter(ports_.userDefaults, reviewCountKey);
-    if (ports_.ads.showSaveAd()) return;
+    if (ports_.ads->showSaveAd()) return;
     if (ports_.userDefaults.integerForKey(reviewCountKey) % 5 != 1) return;
     const auto scenes = ports_.application.connectedScenes();
     auto* scene = scenes.empty() ? nullptr : dynamic_cast<UIWindowScene*>(scenes.front());

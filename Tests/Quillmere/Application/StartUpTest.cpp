@@ -7,7 +7,6 @@
 #include "Desktop/Dispatch/DesktopDispatch.h"
 #include "Quillmere/QuillmereApp.h"
 #include "Tests/Fakes/FakeAdLibrary.h"
-#include "Tests/Fakes/FakeAdManagers.h"
 #include "Tests/Fakes/FakeAnalytics.h"
 #include "Tests/Fakes/FakeBundles.h"
 #include "Tests/Fakes/FakeConsent.h"
@@ -16,6 +15,7 @@
 #include "Tests/Fakes/FakeCrashLog.h"
 #include "Tests/Fakes/FakeRemoteConfig.h"
 #include "Tests/Fakes/FakeUIApplication.h"
+#include "Tests/Fakes/FakeUserDefaults.h"
 
 namespace quillmere {
 namespace {
@@ -60,8 +60,6 @@ protected:
     FakeServices services{log};
     FakeAdLibrary ads{log};
     FakeConsent consent{log};
-    FakeAppOpenAdManager appOpenAds{log};
-    FakeInterstitialAdManager interstitialAds{log};
     FakeAnalytics analytics{log};
     FakeConsole console{log};
     FakeCrashLog crashLog;
@@ -74,19 +72,15 @@ protected:
     ProjectSettings settings = [] {
         ProjectSettings made;
         made.testDeviceIdentifiers = {"A", "B", "C"};
+        made.appOpenAdUnit = "open";
+        made.conversionAdUnit = "conversion";
         return made;
     }();
     DesktopDispatch dispatch;
     FakeRemoteConfig remote{log, dispatch};
-    QuillmereApp app{{services,
-                      ads,
-                      remote,
-                      coreML,
-                      bundles,
-                      analytics,
-                      settings,
-                      {dispatch, consent, consent, ads, application, crashLog, console, appOpenAds,
-                       interstitialAds}}};
+    FakeUserDefaults userDefaults{log};
+    QuillmereApp app{{dispatch, services, ads, ads, consent, consent, application, userDefaults,
+                      remote, coreML, bundles, analytics, crashLog, console, settings}};
 };
 
 const Lines adsStart{"setTestDeviceIdentifiers A B C", "start ads"};
@@ -113,7 +107,7 @@ TEST_F(StartUpTest, EachScenePhaseDoesItsWorkInOrder) {
     for (const auto& [phase, expected] : {
              Case{ScenePhase::background, {"cancelSaveVideo", "event AppGoBackground"}},
              Case{ScenePhase::inactive, {}},
-             Case{ScenePhase::active, {"event AppBecomeActive", "app open: show"}},
+             Case{ScenePhase::active, {"event AppBecomeActive", "integerForKey reviewCountKey"}},
              Case{ScenePhase{7}, {}},
          }) {
         EXPECT_THAT(linesAfter([&] { app.scenePhaseChanged(phase); }), ElementsAreArray(expected));
@@ -168,7 +162,7 @@ TEST_F(StartUpTest, EachPathOfConsentStartsTheAdsOnceOrNotAtAll) {
             return text ? std::optional(Error{"consent", 1, *text}) : std::nullopt;
         };
         ContentView view({dispatch, consent, consent, ads, application, crashLog, console,
-                          appOpenAds, interstitialAds},
+                          app.appOpenAdManager(), app.interstitialAdManager()},
                          settings.testDeviceIdentifiers);
         consent.adsAllowed = path.allowedBefore;
         consent.formHandler = nullptr;
@@ -198,9 +192,10 @@ TEST_F(StartUpTest, EachPathOfConsentStartsTheAdsOnceOrNotAtAll) {
 
 TEST_F(StartUpTest, TheStartedAdLibraryLoadsBothAdsInOrder) {
     linesAfter([&] { app.contentView().startMobileAds(); });
-    EXPECT_THAT(log.lines(), Not(Contains("app open: load")));
+    EXPECT_THAT(log.lines(), Not(Contains("load app open open")));
     EXPECT_THAT(linesAfter([&] { ads.startHandler(); }),
-                ElementsAre("app open: started", "app open: load", "interstitial: load"));
+                ElementsAre("console Start loading app open ad.", "load app open open",
+                            "load interstitial conversion"));
 }
 
 TEST_F(StartUpTest, SeveralThreadsStartTheAdsOnceAndOnlyOnMain) {

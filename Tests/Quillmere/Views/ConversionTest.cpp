@@ -14,7 +14,7 @@ protected:
 };
 
 TEST_F(ConversionTest, TakingTheInputFillsTheFirstSlotAndLoadsTheAdBeforeItsEvent) {
-    EXPECT_THAT(log.lines(), ElementsAre("loadSaveAd", "event ShowDetail"));
+    EXPECT_THAT(log.lines(), ElementsAre("load interstitial save", "event ShowDetail"));
     EXPECT_EQ(sizeOf(model->convertedImages.get()[0]), (Size{30, 20}));
     model->convert();
     EXPECT_FALSE(model->isConverting.get());
@@ -115,17 +115,17 @@ TEST_F(ConversionTest, TheAdComesASecondLaterAndNotForTheOriginal) {
     convert(EnhanceStyle::high);
     clock->advanceBy(std::chrono::milliseconds(999));
     pump();
-    EXPECT_THAT(lines("showConvertAd"), IsEmpty());
+    EXPECT_THAT(lines("event ConvertAds"), IsEmpty());
     clock->advanceBy(std::chrono::milliseconds(1));
     pump();
-    EXPECT_THAT(lines("showConvertAd"), ElementsAre("showConvertAd"));
+    EXPECT_THAT(lines("event ConvertAds"), ElementsAre("event ConvertAdsNotLoaded"));
 
     DetailViewModel::Images none;
     model->convertedImages.set(none);
     convert(EnhanceStyle::original);
     clock->advanceBy(std::chrono::seconds(2));
     pump();
-    EXPECT_EQ(lines("showConvertAd").size(), 1u);
+    EXPECT_EQ(lines("event ConvertAds").size(), 1u);
 }
 
 TEST_F(ConversionTest, RapidHQStatesItsSizeAndStartsNoRun) {

@@ -13,7 +13,9 @@
 #include "Quillmere/Models/Services/PreferenceKeys.h"
 #include "Quillmere/Views/Detail/DetailViewModel.h"
 #include "Tests/Fakes/FakeAVFoundation.h"
+#include "Tests/Fakes/FakeAdLibrary.h"
 #include "Tests/Fakes/FakeAnalytics.h"
+#include "Tests/Fakes/FakeConsole.h"
 #include "Tests/Fakes/FakeDateFormatter.h"
 #include "Tests/Fakes/FakeGraphics.h"
 #include "Tests/Fakes/FakeImageIO.h"
@@ -21,6 +23,7 @@
 #include "Tests/Fakes/FakeItemProvider.h"
 #include "Tests/Fakes/FakeLocalization.h"
 #include "Tests/Fakes/FakePhotoLibrary.h"
+#include "Tests/Fakes/FakeRemoteConfig.h"
 #include "Tests/Fakes/FakeUIApplication.h"
 #include "Tests/Fakes/FakeUserDefaults.h"
 #include "Tests/Fakes/ManualClock.h"
@@ -39,20 +42,6 @@ protected:
     struct FakeReview final : SKStoreReviewController {
         int requests = 0;
         void requestReviewInScene(UIWindowScene&) override { ++requests; }
-    };
-
-    /// Takes the turns that the rule of the placement gives it.
-    struct FakeAds final : DetailAds {
-        explicit FakeAds(CallLog& callLog) : log(callLog) {}
-        CallLog& log;
-        std::int64_t saves = 0;
-        void loadSaveAd() override { log.record("loadSaveAd"); }
-        void showConvertAd() override { log.record("showConvertAd"); }
-        bool showSaveAd() override {
-            log.record("showSaveAd");
-            ++saves;
-            return saves >= 2 && saves % 10 != 1;
-        }
     };
 
     DetailViewModelTest() {
@@ -77,7 +66,9 @@ protected:
             device,
             application,
             review,
-            ads,
+            std::make_shared<DetailAds>(DetailAds::Ports{ads, application, userDefaults, remote,
+                                                         analytics, console, *conversionAds},
+                                        "save"),
             [this](EnhanceStyle style, const UIImage& image, const TileEngine::Progress& progress,
                    const TileEngine::Completion& completion) {
                 enhance(style, image, progress, completion);
@@ -138,7 +129,11 @@ protected:
     FakeWindowScene scene;
     FakeUIApplication application;
     FakeReview review;
-    FakeAds ads{log};
+    FakeAdLibrary ads{log};
+    FakeConsole console{log};
+    FakeRemoteConfig remote{log, *dispatch};
+    std::shared_ptr<InterstitialAdManager> conversionAds =
+        std::make_shared<InterstitialAdManager>(ads, console, "conversion");
     std::optional<int> factor;
     std::function<void(EnhanceStyle, const UIImage&, const TileEngine::Progress&,
                        const TileEngine::Completion&)>
