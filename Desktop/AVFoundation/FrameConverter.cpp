@@ -97,7 +97,12 @@ Result<CVPixelBufferRef> FrameConverter::convert(const AVFrame& frame) {
         return movieOutOfMemory();
     }
     const auto buffer = pool_.createPixelBuffer();
-    const AVFrameRef result = buffer ? frameSharing(buffer) : nullptr;
+    if (!buffer) return movieOutOfMemory();
+    if (const auto change = matrixChange(source)) {
+        change->apply(frame, *buffer);
+        return CVPixelBufferRef(buffer);
+    }
+    const AVFrameRef result = frameSharing(buffer);
     if (!result) return movieOutOfMemory();
     const int answer = scale(scaler_, frame, source, *result, target());
     if (answer < 0) return readingError(answer);
@@ -105,6 +110,16 @@ Result<CVPixelBufferRef> FrameConverter::convert(const AVFrame& frame) {
         makeOpaque(*buffer);
     }
     return CVPixelBufferRef(buffer);
+}
+
+/// Where only matrix and range are to change.
+std::optional<MatrixChange> FrameConverter::matrixChange(const Layout& source) const {
+    const bool isPlanar420 =
+        source.format == AV_PIX_FMT_YUV420P || source.format == AV_PIX_FMT_YUVJ420P;
+    const bool isAsked =
+        pool_.format() == CVPixelFormat::yCbCr8Planar420 && source.size == pool_.size();
+    if (!isPlanar420 || !isAsked) return {};
+    return MatrixChange::of(source.matrix, source.isFullRange);
 }
 
 void FrameConverter::updateColour(const AVFrame& frame) {

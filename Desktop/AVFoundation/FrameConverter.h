@@ -5,6 +5,7 @@
 
 #include "Base/Result.h"
 #include "Desktop/AVFoundation/FFmpegHandles.h"
+#include "Desktop/AVFoundation/MatrixChange.h"
 #include "Desktop/AVFoundation/PixelBufferPool.h"
 #include "Desktop/AVFoundation/StandardColour.h"
 
@@ -41,6 +42,7 @@ private:
     static int scale(Scaler& scaler, const AVFrame& from, const Layout& source, AVFrame& to,
                      const Layout& result);
     void updateColour(const AVFrame& frame);
+    std::optional<MatrixChange> matrixChange(const Layout& source) const;
     Result<CVPixelBufferRef> mapColours(const AVFrame& frame, const Layout& source);
 
     PixelBufferPool pool_;

@@ -68,6 +68,7 @@ TEST_F(MovieColours, EveryMatrixRangeAndLayoutGivesTheSameColour) {
         {"64x48", "scale=out_color_matrix=bt709,format=yuv420p",
          "ffv1 -colorspace bt709 -color_primaries bt709 -color_trc bt709"},
         {"65x49", "scale=out_color_matrix=bt601,format=yuv444p", "ffv1"},
+        {"63x47", "scale=out_color_matrix=bt601,format=yuv420p", "ffv1"},
         {"64x48", "scale=out_color_matrix=bt601:out_range=pc,format=yuvj420p", "mjpeg -q:v 1"},
         {"64x48", "scale=out_color_matrix=bt2020,format=yuv422p10le",
          "ffv1 -colorspace bt2020nc -color_primaries bt709 -color_trc bt709"},
