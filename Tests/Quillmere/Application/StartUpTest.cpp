@@ -77,7 +77,8 @@ protected:
         return made;
     }();
     DesktopDispatch dispatch;
-    FakeRemoteConfig remote{log, dispatch};
+    std::unique_ptr<DesktopDispatch> fetchDispatch = std::make_unique<DesktopDispatch>();
+    FakeRemoteConfig remote{log, *fetchDispatch};
     FakeUserDefaults userDefaults{log};
     QuillmereApp app{{dispatch, services, ads, ads, consent, consent, application, userDefaults,
                       remote, coreML, bundles, analytics, crashLog, console, settings}};
@@ -88,6 +89,7 @@ const Lines adsStart{"setTestDeviceIdentifiers A B C", "start ads"};
 TEST_F(StartUpTest, LaunchConfiguresThenSetsPrivacyThenStartsTheOneFetch) {
     remote.fetchError = Error{"NSURLErrorDomain", -1009, "offline"};
     EXPECT_TRUE(app.appDelegate().applicationDidFinishLaunching());
+    fetchDispatch.reset();  // once the fetch has ended, which the application must outlive
     Lines lines = log.lines();
     lines.resize(6);
     EXPECT_THAT(lines, ElementsAre("configure", "setHasUserConsent true", "setDoNotSell true",
