@@ -74,6 +74,7 @@ DesktopDispatch::DesktopDispatch(std::unique_ptr<Clock> clock)
 
 DesktopDispatch::~DesktopDispatch() {
     clock_->stop();
+    main_.close();
     global_.close();
     threads_.waitForAll();
 }

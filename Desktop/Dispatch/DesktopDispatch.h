@@ -13,8 +13,9 @@ namespace quillmere {
 
 /// Answers `Dispatch` with threads. Qualities of service are not told apart.
 ///
-/// At its end, delayed blocks are dropped, and it waits until every other block of the global and
-/// serial queues has run; all references to serial queues must be gone by then. A process that
+/// At its end, delayed blocks and those of the main queue are dropped, and it waits until every
+/// other block of the global and serial queues has run; all references to serial queues must be
+/// gone by then, but for those that dropped blocks hold. A process that
 /// ends without waiting for work in flight ends without destroying it.
 class DesktopDispatch final : public Dispatch {
 public:

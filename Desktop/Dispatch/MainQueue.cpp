@@ -7,6 +7,7 @@ namespace quillmere {
 void MainQueue::async(Block block) {
     {
         const std::lock_guard lock(mutex_);
+        if (closed_) return;
         blocks_.push_back(std::move(block));
     }
     changed_.notify_all();
@@ -55,6 +56,15 @@ void MainQueue::wake() {
         ++wakes_;
     }
     changed_.notify_all();
+}
+
+void MainQueue::close() {
+    std::deque<Block> dropped;  // goes after the lock, for what goes with it may post
+    {
+        const std::lock_guard lock(mutex_);
+        closed_ = true;
+        dropped.swap(blocks_);
+    }
 }
 
 }  // namespace quillmere

@@ -28,6 +28,10 @@ public:
 
     void wake();
 
+    /// Lets go of the blocks that are there, and of those to come, without running them: they may
+    /// hold what others wait for.
+    void close();
+
 private:
     /// Takes the first block and runs it without the lock; false if there is none.
     bool runOne(std::unique_lock<std::mutex>& lock);
@@ -37,6 +41,7 @@ private:
     std::condition_variable changed_;
     std::deque<Block> blocks_;
     unsigned long wakes_ = 0;
+    bool closed_ = false;
 };
 
 }  // namespace quillmere

@@ -64,6 +64,20 @@ TEST_P(DispatchContract, MainQueueRunsBlocksInOrderOnThePumpingThreadOnly) {
     EXPECT_EQ(threads, std::vector<std::thread::id>(4, std::this_thread::get_id()));
 }
 
+TEST_P(DispatchContract, BlocksThatNobodyPumpsAnyMoreHoldUpNoEnd) {
+    auto serial = dispatch->makeSerialQueue("held", QualityOfService::standard);
+    const auto posted = dispatch->makeSemaphore(0);
+    const std::weak_ptr<DispatchQueue> weak = serial;
+    serial->async([&main = dispatch->mainQueue(), weak, posted] {
+        main.async([held = weak.lock()] {});
+        posted->signal();
+    });
+    posted->wait();
+    serial.reset();
+    dispatch.reset();
+    EXPECT_TRUE(weak.expired());
+}
+
 TEST_P(DispatchContract, MainQueueIsWokenByAPostFromAnotherThread) {
     bool ran = false;
     dispatch->globalQueue(QualityOfService::userInitiated).async([&] {
