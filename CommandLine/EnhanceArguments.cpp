@@ -26,6 +26,9 @@ std::optional<std::string> contradiction(const EnhanceOptions& options) {
     if (options.style == EnhanceStyle::rapidHQ) {
         return "The style rapidHQ is for videos; choose another one for pictures.";
     }
+    if (options.library && options.output) {
+        return "With --library the photo library names the results; leave out either it or -o.";
+    }
     std::error_code ignored;
     if (!options.output || std::filesystem::is_directory(*options.output, ignored)) return {};
     const std::string name = options.output->string();
@@ -82,6 +85,8 @@ EnhanceArguments::EnhanceArguments(CLI::App& app)
     keepLocationOption_ = arguments.add_flag("--keep-location,!--no-keep-location", keepLocation_,
                                              "Whether they carry the place "
                                              "(default: the setting preserveLocationKey)");
+    arguments.add_flag("--library", options_.library,
+                       "Save results in the photo library, under names of its making");
     arguments.add_flag("--force", options_.force, "Replace existing files");
     arguments.add_flag("--json", options_.json,
                        "One JSON object for each input on standard output");

@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "CommandLine/LibrarySave.h"
 #include "Desktop/Application/HeadlessApplication.h"
 #include "Desktop/Photos/FileRecord.h"
 #include "Quillmere/Models/Services/AssetRequest.h"
@@ -154,7 +155,10 @@ ImageMetadataHelper::OriginalMetadata EnhanceCommand::keptOf(
 
 Result<PixelSize> EnhanceCommand::save(const UIImage& picture, const OutputFile& output,
                                        const OriginalMetadata& kept) {
-    if (const auto written = write(picture, output, kept); !written) return written.error();
+    const auto written = output.path.empty()
+                             ? saveToLibrary(platform_, picture, output.format, kept)
+                             : write(picture, output, kept);
+    if (!written) return written.error();
     const Size size = picture.size();
     return PixelSize{static_cast<int>(size.width), static_cast<int>(size.height)};
 }

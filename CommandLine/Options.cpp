@@ -6,6 +6,7 @@
 
 #include "CommandLine/CommandArguments.h"
 #include "CommandLine/EnhanceArguments.h"
+#include "CommandLine/LibraryArguments.h"
 #include "CommandLine/SettingsArguments.h"
 
 #ifndef QUILLMERE_VERSION
@@ -39,6 +40,7 @@ Command parseArguments(int argc, const char* const* argv) {
     app.require_subcommand(1);
 
     EnhanceArguments enhance(app);
+    LibraryArguments library(app);
     SettingsArguments settings(app);
     ListArguments<StylesOptions> styles(app, "styles", "List the styles");
     ListArguments<DiagnosticsOptions> diagnostics(
@@ -61,7 +63,8 @@ Command parseArguments(int argc, const char* const* argv) {
     } catch (const CLI::ParseError& error) {
         return usageMessage(error.what());
     }
-    const std::array<CommandArguments*, 4> commands{&enhance, &settings, &styles, &diagnostics};
+    const std::array<CommandArguments*, 5> commands{&enhance, &library, &settings, &styles,
+                                                    &diagnostics};
     const auto called =
         std::find_if(commands.begin(), commands.end(),
                      [](const CommandArguments* arguments) { return arguments->wasCalled(); });

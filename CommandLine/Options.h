@@ -21,6 +21,7 @@ struct EnhanceOptions {
     std::optional<int> limit;             // 1024 or 2048; likewise
     std::optional<bool> keepDate;         // likewise
     std::optional<bool> keepLocation;     // likewise
+    bool library = false;                 // new assets of the photo library instead of files
     bool force = false;
     bool json = false;
     bool quiet = false;
@@ -41,14 +42,21 @@ struct SettingsOptions {
     bool json = false;
 };
 
+struct LibraryOptions {
+    enum class Action { list, show, scan };
+    Action action = Action::list;
+    std::string identifier;  // of what is to be shown
+    bool json = false;
+};
+
 /// A text to print, and the exit code that goes with it: help, version, or a usage error.
 struct Message {
     std::string text;
     int exitCode = 0;
 };
 
-using Command =
-    std::variant<EnhanceOptions, StylesOptions, DiagnosticsOptions, SettingsOptions, Message>;
+using Command = std::variant<EnhanceOptions, StylesOptions, DiagnosticsOptions, SettingsOptions,
+                             LibraryOptions, Message>;
 
 /// Never throws; whatever is wrong with the arguments is a `Message` with exit code 2.
 Command parseArguments(int argc, const char* const* argv);

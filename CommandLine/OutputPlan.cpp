@@ -26,6 +26,10 @@ OutputPlan::OutputPlan(const EnhanceOptions& options, PictureFormat otherwise)
 
 Result<OutputFile> OutputPlan::outputFor(const fs::path& input) {
     OutputFile file;
+    if (options_.library) {
+        file.format = options_.format.value_or(otherwise_);
+        return file;
+    }
     if (options_.output && !intoFolder_) {
         file.path = *options_.output;
         file.format = options_.format.value_or(formatOfExtension(file.path).value_or(otherwise_));

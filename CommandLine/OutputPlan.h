@@ -1,4 +1,4 @@
-// Which file each result becomes.
+// Which file each result becomes, if any.
 #pragma once
 
 #include <filesystem>
@@ -10,7 +10,7 @@
 namespace quillmere::cli {
 
 struct OutputFile {
-    std::filesystem::path path;
+    std::filesystem::path path;  // empty for a new asset of the photo library
     PictureFormat format = PictureFormat::jpg;
 };
 

@@ -46,15 +46,17 @@ void Reporter::succeeded(const std::filesystem::path& input, const std::filesyst
                          PixelSize size, std::chrono::duration<double> elapsed) {
     line_.clear();
     if (options_.json) {
-        printLine({{"input", input.string()},
-                   {"ok", true},
-                   {"output", output.string()},
-                   {"style", displayKey(options_.style)},
-                   {"width", size.width},
-                   {"height", size.height},
-                   {"seconds", elapsed.count()}});
+        Json line = {{"input", input.string()}, {"ok", true}};
+        output.empty() ? line["library"] = true : line["output"] = output.string();
+        line.update({{"style", displayKey(options_.style)},
+                     {"width", size.width},
+                     {"height", size.height},
+                     {"seconds", elapsed.count()}});
+        printLine(line);
     } else if (!options_.quiet) {
-        std::printf("%s: %d by %d, made in %.1f s\n", output.c_str(), size.width, size.height,
+        const std::string place =
+            output.empty() ? input.string() + ": in the photo library," : output.string() + ":";
+        std::printf("%s %d by %d, made in %.1f s\n", place.c_str(), size.width, size.height,
                     elapsed.count());
         std::fflush(stdout);
     }

@@ -19,6 +19,7 @@ public:
     /// `number` is that of the input, from 1.
     void progress(const std::filesystem::path& input, std::size_t number, float fraction,
                   std::chrono::seconds elapsed);
+    /// `output` is empty for an asset of the photo library.
     void succeeded(const std::filesystem::path& input, const std::filesystem::path& output,
                    PixelSize size, std::chrono::duration<double> elapsed);
     /// `reason` is brought to one line.

@@ -5,6 +5,7 @@
 #include "CommandLine/DiagnosticsCommand.h"
 #include "CommandLine/EnhanceCommand.h"
 #include "CommandLine/Interruption.h"
+#include "CommandLine/LibraryCommand.h"
 #include "CommandLine/Options.h"
 #include "CommandLine/SettingsCommand.h"
 #include "CommandLine/StylesCommand.h"
@@ -26,6 +27,9 @@ int run(const cli::Command& command, DesktopPlatform& platform, cli::Interruptio
     }
     if (const auto* settings = std::get_if<cli::SettingsOptions>(&command)) {
         return cli::runSettings(*settings, platform.userDefaults());
+    }
+    if (const auto* library = std::get_if<cli::LibraryOptions>(&command)) {
+        return cli::runLibrary(*library, platform);
     }
     return cli::EnhanceCommand(platform, interruption, std::get<cli::EnhanceOptions>(command))
         .run();

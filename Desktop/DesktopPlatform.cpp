@@ -46,6 +46,17 @@ DesktopPlatform::DesktopPlatform(ResourceBundle bundle, StringsFile strings)
       vision_(coreImage_),
       movies_(dispatch_) {}
 
+DesktopPhotoLibrary* DesktopPlatform::photoLibrary() {
+    std::call_once(photoLibraryMade_, [this] {
+        auto folders = userMediaFolders();
+        if (!folders) return;
+        photoLibrary_ = std::make_unique<DesktopPhotoLibrary>(
+            DesktopPhotoLibrary::Ports{dispatch_, fileManager_, imageIO_, console_},
+            *std::move(folders), userDataFolder());
+    });
+    return photoLibrary_.get();
+}
+
 void DesktopPlatform::recordOrderlyEnd() {
     analytics_.end(std::chrono::milliseconds(500));
     crashLog_.end();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 
 #include "Base/Result.h"
 #include "Base/WorkerPool.h"
@@ -22,6 +23,7 @@
 #include "Desktop/ImageIO/DesktopImageMetadata.h"
 #include "Desktop/Localization/StringsFile.h"
 #include "Desktop/Localization/SystemDateFormatter.h"
+#include "Desktop/Photos/DesktopPhotoLibrary.h"
 #include "Desktop/RemoteConfig/DesktopRemoteConfig.h"
 #include "Desktop/URLSession/DesktopURLSession.h"
 #include "Desktop/UserDefaults/DesktopUserDefaults.h"
@@ -31,7 +33,8 @@
 
 namespace quillmere {
 
-/// Owns every adapter; lives as long as what uses them. Its operations only hand them out.
+/// Owns every adapter; lives as long as what uses them. Its operations only hand them
+/// out, from any thread.
 class DesktopPlatform {
 public:
     /// Fails, with a sentence for the user, where the program's own resources are missing.
@@ -47,6 +50,8 @@ public:
     /// Null, as is the next, where the program came without its movie module.
     AVFoundation* avFoundation() { return movies_.avFoundation(); }
     AudioToolbox* audioToolbox() { return movies_.audioToolbox(); }
+    /// Made at the first call, for most runs need none. Null for a user without a home.
+    DesktopPhotoLibrary* photoLibrary();
     FileManager& fileManager() { return fileManager_; }
     URLSession& urlSession() { return urlSession_; }
     RemoteConfig& remoteConfig() { return remoteConfig_; }
@@ -94,6 +99,8 @@ private:
     DesktopCoreML coreML_;
     DesktopVision vision_;
     LazyMovies movies_;
+    std::once_flag photoLibraryMade_;
+    std::unique_ptr<DesktopPhotoLibrary> photoLibrary_;
 };
 
 }  // namespace quillmere

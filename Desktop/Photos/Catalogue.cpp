@@ -146,6 +146,14 @@ Result<std::vector<CatalogueEntry>> Catalogue::newest(std::optional<PHAssetMedia
     return entriesOf(query);
 }
 
+Result<std::size_t> Catalogue::count(std::optional<PHAssetMediaType> kind) {
+    Query query(*database_, "SELECT count(*) FROM assets WHERE ?1 IS NULL OR kind = ?1",
+                kind ? std::optional(static_cast<int>(*kind)) : std::nullopt);
+    const auto row = query.step();
+    if (!row) return row.error();
+    return static_cast<std::size_t>(query.integer(0));
+}
+
 Result<std::optional<CatalogueEntry>> Catalogue::withIdentifier(const std::string& identifier) {
     Query query(*database_, selectIdentifier, identifier);
     return entryOrNone(query);

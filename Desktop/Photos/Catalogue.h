@@ -49,6 +49,7 @@ public:
     /// Newest first; those of one kind, or of both.
     Result<std::vector<CatalogueEntry>> newest(std::optional<PHAssetMediaType> kind,
                                                std::size_t first, std::size_t count);
+    Result<std::size_t> count(std::optional<PHAssetMediaType> kind);
     Result<std::optional<CatalogueEntry>> withIdentifier(const std::string& identifier);
     Result<std::vector<CatalogueEntry>> inFolder(const std::filesystem::path& folder);
     Result<std::optional<CatalogueEntry>> atPath(const std::filesystem::path& path);

@@ -135,6 +135,11 @@ Result<std::vector<LibraryAsset>> DesktopPhotoLibrary::assets(std::optional<PHAs
     return assets;
 }
 
+Result<std::size_t> DesktopPhotoLibrary::count(std::optional<PHAssetMediaType> kind) {
+    keeper();
+    return catalogue_->use([&](Catalogue& catalogue) { return catalogue.count(kind); });
+}
+
 Result<std::optional<LibraryAsset>> DesktopPhotoLibrary::assetWithIdentifier(
     const std::string& identifier) {
     if (identifier.starts_with(plainFileMark)) return plainFile(identifier);

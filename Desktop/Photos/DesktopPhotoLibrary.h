@@ -66,6 +66,8 @@ public:
     /// scan has not met yet is missing.
     Result<std::vector<LibraryAsset>> assets(std::optional<PHAssetMediaType> kind,
                                              std::size_t first, std::size_t count);
+    /// How many of one kind or both it has met so far.
+    Result<std::size_t> count(std::optional<PHAssetMediaType> kind);
     /// Of the library or a plain file; nothing where it is unknown.
     Result<std::optional<LibraryAsset>> assetWithIdentifier(const std::string& identifier);
     /// Looks at every file in the folders, and waits until that is done.
