@@ -33,6 +33,9 @@ public:
         const std::lock_guard lock(mutex_);
         failures_.push_back(std::move(error));
     }
+    /// Which files are movies: those that exist, unless a test says otherwise.
+    std::function<bool(const std::filesystem::path&)> isMovie =
+        [](const std::filesystem::path& path) { return std::filesystem::exists(path); };
     /// The next changes fail without saying why.
     void failWithoutError() {
         const std::lock_guard lock(mutex_);
@@ -52,11 +55,11 @@ public:
             [this, block = std::move(changeBlock), handler = std::move(completionHandler)] {
                 Changes changes;
                 block(changes);
-                std::optional<Error> error;
+                std::optional<Error> error = invalidResourceOf(changes);
                 bool success = true;
                 {
                     const std::lock_guard lock(mutex_);
-                    if (!failures_.empty()) {
+                    if (!error && !failures_.empty()) {
                         error = failures_.front();
                         failures_.pop_front();
                     }
@@ -127,6 +130,17 @@ private:
             return *requests.back();
         }
     };
+
+    std::optional<Error> invalidResourceOf(const Changes& changes) const {
+        for (const auto& request : changes.requests) {
+            const SavedAsset& asset = request->asset;
+            const bool hasFile = !asset.videoFile.empty() && isMovie(asset.videoFile);
+            if (asset.typeIdentifier.empty() && !asset.image && !hasFile) {
+                return Error{PHPhotosErrorDomain, PHPhotosErrorInvalidResource, "invalid"};
+            }
+        }
+        return std::nullopt;
+    }
 
     Dispatch& dispatch_;
     std::shared_ptr<DispatchQueue> changes_;
