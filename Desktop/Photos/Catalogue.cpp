@@ -27,11 +27,15 @@ constexpr const char* layout =
 #define QUILLMERE_COLUMNS                                                                      \
     "identifier, folder, name, kind, type, size, modified, inode, width, height, orientation," \
     " created, created_given, latitude, longitude, altitude, fixed, place_given"
-constexpr const char* selectNewest =
-    "SELECT " QUILLMERE_COLUMNS " FROM assets ORDER BY created DESC, identifier LIMIT ?1 OFFSET ?2";
-constexpr const char* selectNewestOfKind =
-    "SELECT " QUILLMERE_COLUMNS
-    " FROM assets WHERE kind = ?3 ORDER BY created DESC, identifier LIMIT ?1 OFFSET ?2";
+// What comes before the page is passed over in the index alone.
+#define QUILLMERE_NEWEST(condition)                                              \
+    "SELECT " QUILLMERE_COLUMNS                                                  \
+    " FROM assets WHERE identifier IN (SELECT identifier FROM assets " condition \
+    " ORDER BY created DESC, identifier DESC LIMIT ?1 OFFSET ?2)"                \
+    " ORDER BY created DESC, identifier DESC"
+constexpr const char* selectNewest = QUILLMERE_NEWEST("");
+constexpr const char* selectNewestOfKind = QUILLMERE_NEWEST("WHERE kind = ?3");
+#undef QUILLMERE_NEWEST
 constexpr const char* selectIdentifier =
     "SELECT " QUILLMERE_COLUMNS " FROM assets WHERE identifier = ?1";
 constexpr const char* selectFolder = "SELECT " QUILLMERE_COLUMNS " FROM assets WHERE folder = ?1";
