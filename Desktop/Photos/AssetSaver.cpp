@@ -55,6 +55,8 @@ AssetSaver::AssetSaver(MediaFolders folders, CatalogueFile& catalogue, ImageIO& 
       read_(std::move(read)) {}
 
 Result<void> AssetSaver::save(const std::vector<NewAsset>& assets) {
+    if (assets.empty()) return {};
+    const FileDescriptor lock = catalogue_.lockForChange(true);
     for (int attempt = 0; attempt < attempts; ++attempt) {
         std::vector<Prepared> files;
         std::set<fs::path> paths;
@@ -64,7 +66,6 @@ Result<void> AssetSaver::save(const std::vector<NewAsset>& assets) {
             paths.insert(prepared->file->path());
             files.push_back(*std::move(prepared));
         }
-        if (files.empty()) return {};
         const auto committed = commit(files);
         if (!committed) return committed.error();
         if (*committed) return {};
@@ -137,7 +138,6 @@ Result<AssetSaver::Prepared> AssetSaver::prepareFile(const NewAsset& asset,
 }
 
 Result<bool> AssetSaver::commit(std::vector<Prepared>& files) {
-    const FileDescriptor lock = catalogue_.lockForChange(true);
     // Of a process that died since this one started.
     if (const auto settled = settlePlan(); !settled) return savingFailure(settled.error());
 

@@ -28,8 +28,9 @@ namespace quillmere {
 /// 4. The folders are flushed. One transaction makes the entries and drops the plan. - All is done.
 ///
 /// An entry can only follow its file, and a file without an entry is found by the next scan, as it
-/// would be if the catalogue were lost. Steps 2 to 4 run under the catalogue's lock for changes, so
-/// that a start never takes a living process's plan for a dead one's. One thread at a time.
+/// would be if the catalogue were lost. All of it runs under the catalogue's lock for changes, so
+/// that a start never takes a living process's plan for a dead one's, and two processes never
+/// choose the same name. One thread at a time.
 class AssetSaver {
 public:
     AssetSaver(MediaFolders folders, CatalogueFile& catalogue, ImageIO& imageIO,

@@ -30,7 +30,8 @@ fs::path nameAside(const fs::path& file) {
 }  // namespace
 
 FileDescriptor CatalogueFile::lockForChange(bool waits) {
-    if (!folder_) return FileDescriptor();
+    // A folder that can't be made is told of when the catalogue is opened.
+    if (!folder_ || !makePrivateFolder(*folder_)) return FileDescriptor();
     FileDescriptor file(
         ::open((*folder_ / "Library.lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC, onlyTheUser));
     int failed = 0;

@@ -66,7 +66,11 @@ int makeFolders(const fs::path& folder) {
     if (const int failed = parent == folder ? ENOENT : makeFolders(parent); failed != 0) {
         return failed;
     }
-    if (mkdir(folder.c_str(), 0777) != 0) return errno == EEXIST ? ENOTDIR : errno;
+    if (mkdir(folder.c_str(), 0777) != 0) {
+        if (errno != EEXIST) return errno;
+        // Another process may have made it meanwhile.
+        return fs::is_directory(folder, ignored) ? 0 : ENOTDIR;
+    }
     const FileDescriptor flushed(open(parent.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (flushed.isOpen()) fsync(flushed.number());
     return 0;
