@@ -44,6 +44,7 @@ protected:
                 ++reads;
                 std::ifstream file(path);
                 std::string text;
+                if (path.filename() == "awaited.jpg") followed.set(true);
                 if (!(file >> text) || text == "damaged") return std::nullopt;
                 FileRecord record;
                 record.typeIdentifier = "public.jpeg";
@@ -100,6 +101,7 @@ protected:
     TemporaryFolder folder;
     const fs::path pictures = folder / "Pictures";
     std::atomic<int> reads = 0;
+    Awaited<bool> followed;
     CallLog log;
     FakeConsole console{log};
     WorkerPool pool{1};
@@ -149,6 +151,14 @@ TEST_F(LibraryScan, AnAssetKeepsItsIdentifierThroughMovesChangesAndRestarts) {
     EXPECT_EQ(now["new/c.jpg"], before.at("a.jpg"));
     const auto changed = library->assetWithIdentifier(before.at("a.jpg"));
     EXPECT_EQ((*changed)->asset.pixelSize.width, 7) << "what it was before it changed";
+}
+
+TEST_F(LibraryScan, WhatIsMovedInWhileItRunsIsSeenWithoutAScan) {
+    ASSERT_THAT(scanned(), IsEmpty());
+    fs::create_directories(folder / "outside/inner");
+    folder.write("outside/inner/awaited.jpg", "x");
+    fs::rename(folder / "outside", pictures / "inside");
+    EXPECT_TRUE(followed.get());
 }
 
 TEST_F(LibraryScan, WhatHasGoneIsForgottenAndACopyIsAnAssetOfItsOwn) {
