@@ -29,6 +29,11 @@ public:
     Result<void> writeFile(const std::filesystem::path& path, std::span<const std::byte> contents,
                            WriteExisting existing) override;
 
+    Result<void> createDirectory(const std::filesystem::path& path) override;
+    Result<std::vector<std::filesystem::path>> contentsOfDirectory(
+        const std::filesystem::path& path) override;
+    Result<void> removeItem(const std::filesystem::path& path) override;
+
     std::filesystem::path temporaryDirectory() override { return temporary_.path(); }
     /// For the orderly end of a process that does not destroy this object.
     void removeTemporaryDirectory() { temporary_.remove(); }

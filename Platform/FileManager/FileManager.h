@@ -1,4 +1,4 @@
-// Whole files in and out.
+// Whole files in and out, and the folders that they lie in.
 #pragma once
 
 #include <cstddef>
@@ -28,6 +28,17 @@ public:
     /// part of the file under any name.
     virtual Result<void> writeFile(const std::filesystem::path& path,
                                    std::span<const std::byte> contents, WriteExisting existing) = 0;
+
+    /// Makes a folder, and those above it that are missing. An existing folder is a success.
+    virtual Result<void> createDirectory(const std::filesystem::path& path) = 0;
+
+    /// The names of what lies in a folder, in no order.
+    virtual Result<std::vector<std::filesystem::path>> contentsOfDirectory(
+        const std::filesystem::path& path) = 0;
+
+    /// Removes a file, or a folder with all that it holds; a symbolic link is not followed.
+    /// Nothing of that name is an error (ENOENT).
+    virtual Result<void> removeItem(const std::filesystem::path& path) = 0;
 
     /// A folder for this process alone, empty at its start and gone soon after its end. It exists
     /// unless it can't be made; then nothing can be written into it.

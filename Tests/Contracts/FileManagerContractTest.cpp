@@ -81,6 +81,21 @@ TEST_P(FileManagerContract, ErrorsCarryTheSystemsNumberAndNameTheFile) {
     EXPECT_THAT(missing.error().localizedDescription, testing::HasSubstr("nothing"));
 }
 
+TEST_P(FileManagerContract, FoldersAreMadeListedAndRemovedWithAllThatTheyHold) {
+    const fs::path deep = folder / "sub/deep/deeper";
+    ASSERT_TRUE(files->createDirectory(deep));
+    ASSERT_TRUE(files->createDirectory(deep)) << "an existing folder is a success";
+    ASSERT_TRUE(files->writeFile(folder / "sub/a", bytesOf("new"), WriteExisting::refuse));
+    EXPECT_THAT(*files->contentsOfDirectory(folder / "sub"),
+                testing::UnorderedElementsAre("a", "deep"));
+
+    ASSERT_TRUE(files->removeItem(folder / "sub/deep"));
+    ASSERT_TRUE(files->removeItem(folder / "sub/a"));
+    EXPECT_THAT(*files->contentsOfDirectory(folder / "sub"), testing::IsEmpty());
+    EXPECT_EQ(files->removeItem(folder / "sub/a").error().code, ENOENT);
+    EXPECT_EQ(files->contentsOfDirectory(folder / "none").error().code, ENOENT);
+}
+
 // What only a real file system knows.
 class DesktopFiles : public testing::Test {
 protected:

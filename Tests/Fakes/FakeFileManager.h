@@ -15,6 +15,7 @@ class FakeFileManager final : public FileManager {
 public:
     std::map<std::filesystem::path, std::vector<std::byte>> files;
     std::set<std::filesystem::path> folders;
+    std::set<std::filesystem::path> refused;  // can neither be made nor removed
 
     Result<std::vector<std::byte>> contentsOfFile(const std::filesystem::path& path) override {
         if (folders.contains(path)) return failure(EISDIR, path);
@@ -31,6 +32,38 @@ public:
             return failure(EEXIST, path);
         }
         files[path].assign(contents.begin(), contents.end());
+        return {};
+    }
+
+    Result<void> createDirectory(const std::filesystem::path& path) override {
+        for (auto folder = path; !folder.empty(); folder = folder.parent_path()) {
+            if (files.contains(folder) || refused.contains(folder)) return failure(EEXIST, path);
+            folders.insert(folder);
+            if (folder == folder.parent_path()) break;
+        }
+        return {};
+    }
+
+    Result<std::vector<std::filesystem::path>> contentsOfDirectory(
+        const std::filesystem::path& path) override {
+        if (!folders.contains(path)) return failure(files.contains(path) ? ENOTDIR : ENOENT, path);
+        std::vector<std::filesystem::path> names;
+        const auto add = [&](const std::filesystem::path& item) {
+            if (item.parent_path() == path && item != path) names.push_back(item.filename());
+        };
+        for (const auto& folder : folders) add(folder);
+        for (const auto& [file, contents] : files) add(file);
+        return names;
+    }
+
+    Result<void> removeItem(const std::filesystem::path& path) override {
+        if (refused.contains(path)) return failure(EACCES, path);
+        const auto lies = [&](const std::filesystem::path& item) {
+            return item == path || item.string().starts_with(path.string() + "/");
+        };
+        const auto removed =
+            std::erase_if(files, [&](const auto& file) { return lies(file.first); });
+        if (removed + std::erase_if(folders, lies) == 0) return failure(ENOENT, path);
         return {};
     }
 

@@ -1,0 +1,45 @@
+// The desktop file manager's operations on folders.
+#include <cerrno>
+#include <string>
+#include <system_error>
+
+#include "Desktop/FileManager/DesktopFileManager.h"
+
+namespace quillmere {
+namespace fs = std::filesystem;
+namespace {
+
+Error failure(int number, const fs::path& path, const char* what) {
+    return {FileManager::posixErrorDomain, number,
+            path.string() + what + std::generic_category().message(number) + "."};
+}
+
+}  // namespace
+
+Result<void> DesktopFileManager::createDirectory(const fs::path& path) {
+    std::error_code failed;
+    fs::create_directories(path, failed);
+    if (!failed) return {};
+    return failure(failed.value(), path, " can't be made: ");
+}
+
+Result<std::vector<fs::path>> DesktopFileManager::contentsOfDirectory(const fs::path& path) {
+    std::error_code failed;
+    std::vector<fs::path> names;
+    for (fs::directory_iterator entry(path, failed), end; !failed && entry != end;
+         entry.increment(failed)) {
+        names.push_back(entry->path().filename());
+    }
+    if (failed) return failure(failed.value(), path, " can't be listed: ");
+    return names;
+}
+
+Result<void> DesktopFileManager::removeItem(const fs::path& path) {
+    std::error_code failed;
+    const auto removed = fs::remove_all(path, failed);
+    if (failed) return failure(failed.value(), path, " can't be removed: ");
+    if (removed == 0) return failure(ENOENT, path, " can't be removed: ");
+    return {};
+}
+
+}  // namespace quillmere
