@@ -49,6 +49,7 @@ void VideoProcessor::startProcessing(const AVAssetRef& asset,
     change([&](Handles& job) {
         job.asset = asset;
         job.outputUrl = outputUrl;
+        ++job.jobNumber;
         job.currentMode = mode;
     });
     const auto adaptor = setUp(width, height);
@@ -171,6 +172,7 @@ void VideoProcessor::resetState() {
         job.imageProcessingHandler = ended.imageProcessingHandler;
         job.asset = ended.asset;
         job.outputUrl = ended.outputUrl;
+        job.jobNumber = ended.jobNumber;
     });
     isForceCancel_.store(false, std::memory_order_relaxed);
     if (ended.superResolution) ended.superResolution->endSession();

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -93,6 +94,8 @@ private:
         ImageProcessingHandler imageProcessingHandler;
         AVAssetRef asset;
         std::filesystem::path outputUrl;
+        /// Tells what an ended job left behind, on a queue, from what the next one does.
+        std::uint64_t jobNumber = 0;
 
         // Of one job.
         std::shared_ptr<AVAssetReader> reader;
@@ -122,14 +125,15 @@ private:
     void startAudioTrack();
 
     // The drains, each on its queue; VideoProcessorDrains.cpp.
-    void drainVideo(const Adaptor& adaptor);
+    void drainVideo(std::uint64_t number, const Adaptor& adaptor);
     bool takeStandardFrame(const Handles& job, const CMSampleBufferRef& sample,
                            AVAssetWriterInputPixelBufferAdaptor& adaptor);
     Result<void> takeSuperResolutionFrame(const Handles& job, const CMSampleBuffer& sample,
                                           AVAssetWriterInputPixelBufferAdaptor& adaptor);
-    void drainSuperResolution(const Adaptor& adaptor);
-    void drainAudio();
-    void postVideoCompleted(const char* text);
+    void drainSuperResolution(std::uint64_t number, const Adaptor& adaptor);
+    void drainAudio(std::uint64_t number);
+    void postToMain(std::uint64_t number, Block step);
+    void postVideoCompleted(std::uint64_t number, const char* text);
 
     // The main queue's steps.
     void markVideoCompleted(std::string_view text);

@@ -1,5 +1,7 @@
 // What moves the samples. The platform calls a drain whenever there is room, so it returns when
 // there is none and keeps nothing between calls.
+#include <utility>
+
 #include "Quillmere/Models/Video/VideoProcessor.h"
 
 namespace quillmere {
@@ -13,15 +15,21 @@ float fractionOf(MediaTime time, const AVAsset& asset) {
 
 }  // namespace
 
-void VideoProcessor::postVideoCompleted(const char* text) {
-    ports_.dispatch.mainQueue().async(
-        [self = shared_from_this(), text] { self->markVideoCompleted(text); });
+/// A step that comes after its job's end, when another has begun, must not touch that one.
+void VideoProcessor::postToMain(std::uint64_t number, Block step) {
+    ports_.dispatch.mainQueue().async([self = shared_from_this(), number, step = std::move(step)] {
+        if (self->handles().jobNumber == number) step();
+    });
 }
 
-void VideoProcessor::drainVideo(const Adaptor& adaptor) {
+void VideoProcessor::postVideoCompleted(std::uint64_t number, const char* text) {
+    postToMain(number, [this, text] { markVideoCompleted(text); });
+}
+
+void VideoProcessor::drainVideo(std::uint64_t number, const Adaptor& adaptor) {
     for (;;) {
         const Handles job = handles();
-        if (!job.videoOutput || !job.videoInput) return;
+        if (job.jobNumber != number || !job.videoOutput || !job.videoInput) return;
         if (!job.videoInput->isReadyForMoreMediaData() ||
             videoCompleted_.load(std::memory_order_relaxed)) {
             return;
@@ -30,13 +38,13 @@ void VideoProcessor::drainVideo(const Adaptor& adaptor) {
         const auto sample = stop ? nullptr : job.videoOutput->copyNextSampleBuffer();
         if (!sample || !sample->imageBuffer()) {
             job.videoInput->markAsFinished();
-            postVideoCompleted("tryFinish A");
+            postVideoCompleted(number, "tryFinish A");
         } else if (!takeStandardFrame(job, sample, *adaptor)) {
             // The movie ends here, and is kept as far as it goes.
             job.videoInput->markAsFinished();
             stop = true;
         }
-        if (stop) return postVideoCompleted("tryFinish B");
+        if (stop) return postVideoCompleted(number, "tryFinish B");
     }
 }
 
@@ -61,10 +69,10 @@ bool VideoProcessor::takeStandardFrame(const Handles& job, const CMSampleBufferR
     return true;
 }
 
-void VideoProcessor::drainSuperResolution(const Adaptor& adaptor) {
+void VideoProcessor::drainSuperResolution(std::uint64_t number, const Adaptor& adaptor) {
     for (;;) {
         const Handles job = handles();
-        if (!job.videoOutput || !job.videoInput) return;
+        if (job.jobNumber != number || !job.videoOutput || !job.videoInput) return;
         if (!job.videoInput->isReadyForMoreMediaData() ||
             videoCompleted_.load(std::memory_order_relaxed)) {
             return;
@@ -73,13 +81,11 @@ void VideoProcessor::drainSuperResolution(const Adaptor& adaptor) {
         const auto sample = stop ? nullptr : job.videoOutput->copyNextSampleBuffer();
         if (!sample) {
             job.videoInput->markAsFinished();
-            postVideoCompleted("tryFinish A");
-            if (stop) return postVideoCompleted("tryFinish B");
+            postVideoCompleted(number, "tryFinish A");
+            if (stop) return postVideoCompleted(number, "tryFinish B");
         } else if (const auto done = takeSuperResolutionFrame(job, *sample, *adaptor); !done) {
             job.videoInput->markAsFinished();
-            ports_.dispatch.mainQueue().async([self = shared_from_this(), error = done.error()] {
-                self->failSuperResolution(error);
-            });
+            postToMain(number, [this, error = done.error()] { failSuperResolution(error); });
             return;
         }
     }
@@ -103,10 +109,10 @@ Result<void> VideoProcessor::takeSuperResolutionFrame(
     return {};
 }
 
-void VideoProcessor::drainAudio() {
+void VideoProcessor::drainAudio(std::uint64_t number) {
     for (;;) {
         const Handles job = handles();
-        if (!job.audioOutput || !job.audioInput) return;
+        if (job.jobNumber != number || !job.audioOutput || !job.audioInput) return;
         if (!job.audioInput->isReadyForMoreMediaData() ||
             audioCompleted_.load(std::memory_order_relaxed)) {
             return;
@@ -115,11 +121,9 @@ void VideoProcessor::drainAudio() {
         const auto sample = stopped ? nullptr : job.audioOutput->copyNextSampleBuffer();
         if (!sample) {
             job.audioInput->markAsFinished();
-            ports_.dispatch.mainQueue().async(
-                [self = shared_from_this(), stopped] { self->markAudioDrained(stopped); });
+            postToMain(number, [this, stopped] { markAudioDrained(stopped); });
             if (!stopped) continue;
-            return ports_.dispatch.mainQueue().async(
-                [self = shared_from_this()] { self->markAudioCompleted("tryFinish E"); });
+            return postToMain(number, [this] { markAudioCompleted("tryFinish E"); });
         }
         job.audioInput->appendSampleBuffer(sample);
         setAudioProgress(fractionOf(sample->presentationTimeStamp(), *job.asset));

@@ -119,20 +119,21 @@ void VideoProcessor::startVideoTrack(const Adaptor& adaptor) {
     const Handles job = handles();
     if (!job.videoInput) return markVideoCompleted("tryFinish C");
     const bool scales = job.currentMode.scaleFactor.has_value();
-    job.videoInput->requestMediaDataWhenReadyOnQueue(
-        videoQueue_, [weak = weak_from_this(), adaptor, scales] {
-            const auto self = weak.lock();
-            if (!self) return;
-            scales ? self->drainSuperResolution(adaptor) : self->drainVideo(adaptor);
-        });
+    job.videoInput->requestMediaDataWhenReadyOnQueue(videoQueue_, [weak = weak_from_this(), adaptor,
+                                                                   scales, number = job.jobNumber] {
+        const auto self = weak.lock();
+        if (!self) return;
+        scales ? self->drainSuperResolution(number, adaptor) : self->drainVideo(number, adaptor);
+    });
 }
 
 void VideoProcessor::startAudioTrack() {
     const Handles job = handles();
     if (!job.audioInput) return markAudioCompleted("tryFinish F");
-    job.audioInput->requestMediaDataWhenReadyOnQueue(audioQueue_, [weak = weak_from_this()] {
-        if (const auto self = weak.lock()) self->drainAudio();
-    });
+    job.audioInput->requestMediaDataWhenReadyOnQueue(
+        audioQueue_, [weak = weak_from_this(), number = job.jobNumber] {
+            if (const auto self = weak.lock()) self->drainAudio(number);
+        });
 }
 
 }  // namespace quillmere

@@ -1,0 +1,258 @@
+// Jobs of the video processor over movies in memory.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+
+#include "Desktop/Dispatch/DesktopDispatch.h"
+#include "Quillmere/Models/Video/VideoProcessor.h"
+#include "Tests/Fakes/FakeAVFoundation.h"
+#include "Tests/Fakes/FakeAudioToolbox.h"
+#include "Tests/Fakes/FakeConsole.h"
+#include "Tests/Fakes/FakeCoreImage.h"
+#include "Tests/Fakes/FakeCrashLog.h"
+#include "Tests/Fakes/FakeFileManager.h"
+#include "Tests/Fakes/FakeLocalization.h"
+#include "Tests/Fakes/FakeVideoToolbox.h"
+#include "Tests/Fakes/ManualClock.h"
+
+namespace quillmere {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsSupersetOf;
+using Mode = VideoProcessor::Mode;
+
+class VideoProcessorTest : public testing::Test {
+protected:
+    struct FakeDevice final : Device {
+        SystemVersion version{26, 0};
+        SystemVersion systemVersion() const override { return version; }
+    };
+
+    static CMSampleBufferRef frame(int second, CVPixelFormat format) {
+        auto pixels = std::make_shared<CVPixelBuffer>(PixelSize{4, 2}, format);
+        for (std::size_t plane = 0; plane < pixels->planeCount(); ++plane) {
+            const auto bytes = pixels->bytesPerRowOfPlane(plane) *
+                               static_cast<std::size_t>(pixels->sizeOfPlane(plane).height);
+            std::fill_n(pixels->baseAddressOfPlane(plane), bytes, std::uint8_t{200});
+        }
+        return std::make_shared<CMSampleBuffer>(MediaTime{second, 1}, MediaTime{1, 1}, pixels);
+    }
+
+    void makeMovie(bool hasSound, CVPixelFormat format = CVPixelFormat::bgra8) {
+        FakeTrack video;
+        video.naturalSize = {4, 2};
+        video.estimatedDataRate = 1000;
+        for (int i = 0; i < 4; ++i) video.samples.push_back(frame(i, format));
+        FakeMovie movie{{4, 1}, {video}, {}};
+        if (hasSound) {
+            FakeTrack sound;
+            sound.mediaType = AVMediaType::audio;
+            sound.formatDescriptions = {CMFormatDescription(AudioStreamBasicDescription{44100, 6})};
+            for (int i = 0; i < 4; ++i) {
+                sound.samples.push_back(std::make_shared<CMSampleBuffer>(
+                    MediaTime{i, 1}, std::make_shared<CMAudioData>(
+                                         CMAudioData{{44100, 2}, std::vector<float>(88200)})));
+            }
+            movie.tracks.push_back(sound);
+        }
+        avFoundation.movies["/in.mov"] = movie;
+    }
+
+    /// Runs a job to its completion and on until the main queue is empty.
+    void run(Mode mode, double width = 4, double height = 2) {
+        done = false;
+        error.reset();
+        processor->setCompletionHandler([this](const std::optional<Error>& failed) {
+            error = failed;
+            wasCancelled = processor->isForceCancel();
+            done = true;
+            dispatch.mainQueue().async([] {});
+        });
+        processor->startProcessing(avFoundation.assetWithURL("/in.mov"), "/out.mov", mode, width,
+                                   height);
+        dispatch.mainQueue().runUntil([this] { return done.load(); });
+        bool last = false;
+        dispatch.mainQueue().async([&] { last = true; });
+        dispatch.mainQueue().runUntil([&] { return last; });
+    }
+
+    std::string text() const { return error ? error->localizedDescription : ""; }
+    const FakeWrittenTrack& written(AVMediaType type) {
+        movies = avFoundation.written();
+        return movies["/out.mov"][type];
+    }
+
+    CallLog log;
+    DesktopDispatch dispatch{std::make_unique<ManualClock>()};
+    FakeAVFoundation avFoundation{log, dispatch};
+    FakeAudioToolbox audioToolbox;
+    FakeVideoToolbox scaler;
+    FakeCoreImage coreImage{log};
+    FakeFileManager files;
+    FakeCrashLog crashLog;
+    FakeDevice device;
+    FakeLocalization localization{log};
+    FakeConsole console{log};
+    std::map<std::filesystem::path, FakeWrittenMovie> movies;
+    std::atomic<bool> done = false;
+    bool wasCancelled = false;
+    std::optional<Error> error;
+    std::shared_ptr<VideoProcessor> processor = std::make_shared<VideoProcessor>(
+        VideoProcessor::Ports{avFoundation, audioToolbox, scaler, coreImage, dispatch, files,
+                              crashLog, device, localization, console});
+};
+
+TEST_F(VideoProcessorTest, EveryFrameAndSoundArrivesWithItsTimeAndProgressReachesBothTracks) {
+    makeMovie(true);
+    std::mutex mutex;
+    std::vector<float> seen;
+    processor->setProgressHandler([&](float value) {
+        const std::lock_guard lock(mutex);
+        seen.push_back(value);
+    });
+    processor->setImageProcessingHandler([](const CIImageRef& image) { return image; });
+    run(Mode::standard());
+    EXPECT_EQ(text(), "");
+    ASSERT_EQ(written(AVMediaType::video).samples.size(), 4U);
+    EXPECT_EQ(written(AVMediaType::video).samples[3]->presentationTimeStamp(), (MediaTime{3, 1}));
+    EXPECT_EQ(written(AVMediaType::audio).samples.size(), 4U);
+    const auto sound = std::get<AVAudioOutputSettings>(written(AVMediaType::audio).settings);
+    EXPECT_EQ(sound.numberOfChannels, 2U);
+    EXPECT_EQ(sound.sampleRate, 44100);
+    EXPECT_THAT(crashLog.lines(), testing::UnorderedElementsAre("tryFinish A", "tryFinish D"));
+    const std::lock_guard lock(mutex);
+    EXPECT_EQ(*std::max_element(seen.begin(), seen.end()), 0.75F * 0.95F + 0.75F * 0.05F);
+    EXPECT_EQ(seen[0], 0);
+    EXPECT_EQ(seen[1], 0);
+}
+
+TEST_F(VideoProcessorTest, OnlyAQuarterTurnInTheStandardModeExchangesTheSides) {
+    const std::vector<std::tuple<AffineTransform, Mode, double>> cases{
+        {{0, 1, -1, 0, 0, 0}, Mode::standard(), 8},
+        {{0, -1, 1, 0, 0, 0}, Mode::standard(), 8},
+        {{-1, 0, 0, -1, 0, 0}, Mode::standard(), 4},
+        {{}, Mode::standard(), 4},
+        {{0, 1, -1, 0, 0, 0}, Mode::superResolution(2), 8},
+    };
+    for (const auto& [transform, mode, width] : cases) {
+        const bool scales = mode.scaleFactor.has_value();
+        makeMovie(false, scales ? CVPixelFormat::yCbCr8Planar420 : CVPixelFormat::bgra8);
+        avFoundation.movies["/in.mov"].tracks[0].preferredTransform = transform;
+        run(mode, scales ? 8 : 4, scales ? 4 : 8);
+        EXPECT_EQ(text(), "");
+        const auto& track = written(AVMediaType::video);
+        EXPECT_EQ(std::get<AVVideoOutputSettings>(track.settings).width, width);
+        EXPECT_EQ(track.transform, transform);
+    }
+}
+
+TEST_F(VideoProcessorTest, FailuresReachTheCompletionOnceAndTheNextJobRuns) {
+    struct Case {
+        const char* expected;
+        std::function<void()> arrange;
+        bool scales = false;
+    };
+    const Error bad{"fake", 7, "bad"};
+    const std::vector<Case> cases{
+        {"bad", [&] { avFoundation.readerError = bad; }},
+        {"bad", [&] { avFoundation.writerError = bad; }},
+        {"bad", [&] { avFoundation.startReadingError = bad; }},
+        {"bad", [&] { avFoundation.startWritingError = bad; }},
+        {"bad", [&] { avFoundation.finishError = bad; }},
+        {"The movie failed.", [&] { avFoundation.appendsUntilFailure = 1; }},
+        {"The movie failed.", [&] { avFoundation.movies["/in.mov"].tracks[0].failsAfter = 1; }},
+        {"FailedToAccessVideoError", [&] { avFoundation.movies["/in.mov"].tracks.clear(); }},
+        {"Can't add video output", [&] { avFoundation.refusedOutputs = {AVMediaType::video}; }},
+        {"Can't add video input", [&] { avFoundation.refusedInputs = {AVMediaType::video}; }},
+        {"Can't add audio input", [&] { avFoundation.refusedOutputs = {AVMediaType::audio}; }},
+        {"", [&] { avFoundation.refusedInputs = {AVMediaType::audio}; }},
+        {"VideoSuperResolutionRequiresLatestOS",
+         [&] {
+             device.version = {18, 5};
+         },
+         true},
+        {"VideoSuperResolutionUnsupported", [&] { scaler.state.isSupported = false; }, true},
+        {"VideoSuperResolutionConfigurationFailed", [&] { scaler.state.refusedFactors = {2}; },
+         true},
+        {"bad", [&] { scaler.state.downloadError = bad; }, true},
+        {"bad", [&] { scaler.state.startError = bad; }, true},
+        {"bad", [&] { scaler.state.processError = bad; }, true},
+        {"VideoSuperResolutionConfigurationFailed", [&] { avFoundation.poolIsMissing = true; },
+         true},
+        {"VideoSuperResolutionConfigurationFailed", [&] { avFoundation.poolIsEmpty = true; }, true},
+    };
+    for (std::size_t i = 0; i < cases.size(); ++i) {
+        SCOPED_TRACE(i);
+        const Case& c = cases[i];
+        const Mode mode = c.scales ? Mode::superResolution(2) : Mode::standard();
+        makeMovie(true, c.scales ? CVPixelFormat::yCbCr8Planar420 : CVPixelFormat::bgra8);
+        c.arrange();
+        run(mode, c.scales ? 8 : 4, c.scales ? 4 : 2);
+        EXPECT_EQ(text(), c.expected);
+        EXPECT_EQ(scaler.state.sessionsStarted, scaler.state.sessionsEnded);
+
+        avFoundation.readerError = avFoundation.writerError = std::nullopt;
+        avFoundation.startReadingError = avFoundation.startWritingError = std::nullopt;
+        avFoundation.finishError = std::nullopt;
+        avFoundation.appendsUntilFailure = std::nullopt;
+        avFoundation.refusedOutputs = avFoundation.refusedInputs = {};
+        avFoundation.poolIsMissing = avFoundation.poolIsEmpty = false;
+        device.version = {26, 0};
+        scaler.state = {};
+    }
+    makeMovie(true);
+    run(Mode::standard());
+    EXPECT_EQ(text(), "");
+}
+
+TEST_F(VideoProcessorTest, ACancelAtAnyFrameDeletesTheFileAndIsStillToldInTheCompletion) {
+    for (const bool scales : {false, true}) {
+        for (std::size_t at = 0; at < 4; ++at) {
+            SCOPED_TRACE(at);
+            makeMovie(at % 2 == 1, scales ? CVPixelFormat::yCbCr8Planar420 : CVPixelFormat::bgra8);
+            files.files["/out.mov"] = {};
+            avFoundation.beforeCopy = [&, at](AVMediaType type, std::size_t index) {
+                if (type == AVMediaType::video && index == at) processor->setForceCancel();
+            };
+            run(scales ? Mode::superResolution(2) : Mode::standard(), scales ? 8 : 4,
+                scales ? 4 : 2);
+            EXPECT_EQ(text(), "");
+            EXPECT_TRUE(wasCancelled);
+            EXPECT_FALSE(processor->isForceCancel());
+            EXPECT_FALSE(files.files.contains("/out.mov"));
+        }
+    }
+    EXPECT_THAT(crashLog.lines(), IsSupersetOf({"tryFinish A", "tryFinish F"}));
+}
+
+TEST_F(VideoProcessorTest, AFrameWithoutAnAnswerPassesThroughAndAnEmptyPoolKeepsTheFile) {
+    makeMovie(false);
+    run(Mode::standard());
+    EXPECT_EQ(written(AVMediaType::video).samples.size(), 4U);
+    processor->setImageProcessingHandler([](const CIImageRef&) { return nullptr; });
+    run(Mode::standard());
+    EXPECT_EQ(text(), "");
+    EXPECT_FALSE(wasCancelled);
+}
+
+TEST_F(VideoProcessorTest, TheScalerGetsEachFrameWithTheOneBeforeItAndAnUnknownLengthIsWhole) {
+    makeMovie(false, CVPixelFormat::yCbCr8Planar420);
+    avFoundation.movies["/in.mov"].duration = {};
+    std::atomic<float> largest = 0;
+    processor->setProgressHandler([&](float value) { largest = std::max(largest.load(), value); });
+    run(Mode::superResolution(2), 8, 4);
+    EXPECT_EQ(text(), "");
+    EXPECT_EQ(largest, 1.0F);
+    const auto& all = scaler.state.processed;
+    ASSERT_EQ(all.size(), 4U);
+    EXPECT_EQ(all[0].previousFrame, nullptr);
+    for (std::size_t i = 1; i < all.size(); ++i) {
+        EXPECT_EQ(all[i].previousFrame, all[i - 1].sourceFrame);
+        EXPECT_EQ(all[i].previousOutputFrame, all[i - 1].destinationFrame);
+    }
+}
+
+}  // namespace
+}  // namespace quillmere
