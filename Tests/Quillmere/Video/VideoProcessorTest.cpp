@@ -6,6 +6,7 @@
 
 #include "Desktop/Dispatch/DesktopDispatch.h"
 #include "Quillmere/Models/Video/VideoProcessor.h"
+#include "Tests/Awaited.h"
 #include "Tests/Fakes/FakeAVFoundation.h"
 #include "Tests/Fakes/FakeAudioToolbox.h"
 #include "Tests/Fakes/FakeConsole.h"
@@ -15,6 +16,7 @@
 #include "Tests/Fakes/FakeLocalization.h"
 #include "Tests/Fakes/FakeVideoToolbox.h"
 #include "Tests/Fakes/ManualClock.h"
+#include "Tests/Quillmere/Video/FourSecondMovie.h"
 
 namespace quillmere {
 namespace {
@@ -30,41 +32,19 @@ protected:
         SystemVersion systemVersion() const override { return version; }
     };
 
-    static CMSampleBufferRef frame(int second, CVPixelFormat format) {
-        auto pixels = std::make_shared<CVPixelBuffer>(PixelSize{4, 2}, format);
-        for (std::size_t plane = 0; plane < pixels->planeCount(); ++plane) {
-            const auto bytes = pixels->bytesPerRowOfPlane(plane) *
-                               static_cast<std::size_t>(pixels->sizeOfPlane(plane).height);
-            std::fill_n(pixels->baseAddressOfPlane(plane), bytes, std::uint8_t{200});
-        }
-        return std::make_shared<CMSampleBuffer>(MediaTime{second, 1}, MediaTime{1, 1}, pixels);
-    }
-
     void makeMovie(bool hasSound, CVPixelFormat format = CVPixelFormat::bgra8) {
-        FakeTrack video;
-        video.naturalSize = {4, 2};
-        video.estimatedDataRate = 1000;
-        for (int i = 0; i < 4; ++i) video.samples.push_back(frame(i, format));
-        FakeMovie movie{{4, 1}, {video}, {}};
-        if (hasSound) {
-            FakeTrack sound;
-            sound.mediaType = AVMediaType::audio;
-            sound.formatDescriptions = {CMFormatDescription(AudioStreamBasicDescription{44100, 6})};
-            for (int i = 0; i < 4; ++i) {
-                sound.samples.push_back(std::make_shared<CMSampleBuffer>(
-                    MediaTime{i, 1}, std::make_shared<CMAudioData>(
-                                         CMAudioData{{44100, 2}, std::vector<float>(88200)})));
-            }
-            movie.tracks.push_back(sound);
-        }
-        avFoundation.movies["/in.mov"] = movie;
+        avFoundation.movies["/in.mov"] = fourSecondMovie(hasSound, format);
     }
 
-    /// Runs a job to its completion and on until the main queue is empty.
+    /// Runs a job until nothing of it is left, on any thread.
     void run(Mode mode, double width = 4, double height = 2) {
         done = false;
         error.reset();
-        processor->setCompletionHandler([this](const std::optional<Error>& failed) {
+        Awaited<bool> over;
+        // Goes with the last copy of the handler, which the end of the job keeps to its own end.
+        const auto isOver = [&over](void*) { over.set(true); };
+        processor->setCompletionHandler([this, held = std::shared_ptr<void>(nullptr, isOver)](
+                                            const std::optional<Error>& failed) {
             error = failed;
             wasCancelled = processor->isForceCancel();
             done = true;
@@ -73,6 +53,8 @@ protected:
         processor->startProcessing(avFoundation.assetWithURL("/in.mov"), "/out.mov", mode, width,
                                    height);
         dispatch.mainQueue().runUntil([this] { return done.load(); });
+        processor->setCompletionHandler(nullptr);
+        over.get();
         bool last = false;
         dispatch.mainQueue().async([&] { last = true; });
         dispatch.mainQueue().runUntil([&] { return last; });
