@@ -44,7 +44,8 @@ DesktopPlatform::DesktopPlatform(ResourceBundle bundle, StringsFile strings)
       coreImage_(pool_),
       coreML_(networks_),
       vision_(coreImage_),
-      movies_(dispatch_) {}
+      movies_(dispatch_),
+      videoToolbox_(pool_) {}
 
 DesktopPhotoLibrary* DesktopPlatform::photoLibrary() {
     std::call_once(photoLibraryMade_, [this] {

@@ -9,6 +9,7 @@
 #include "Desktop/AVFoundation/LazyMovies.h"
 #include "Desktop/AdLibrary/NoAds.h"
 #include "Desktop/Analytics/EventLog.h"
+#include "Desktop/Application/DesktopDevice.h"
 #include "Desktop/Application/DesktopServices.h"
 #include "Desktop/Application/ErrorStreamConsole.h"
 #include "Desktop/Application/ResourceBundle.h"
@@ -27,6 +28,7 @@
 #include "Desktop/RemoteConfig/DesktopRemoteConfig.h"
 #include "Desktop/URLSession/DesktopURLSession.h"
 #include "Desktop/UserDefaults/DesktopUserDefaults.h"
+#include "Desktop/VideoToolbox/DesktopVideoToolbox.h"
 #include "Desktop/Vision/DesktopVision.h"
 #include "Neural/Runtime/NetworkCache.h"
 #include "Quillmere/Models/Services/ProjectSettings.h"
@@ -50,6 +52,7 @@ public:
     /// Null, as is the next, where the program came without its movie module.
     AVFoundation* avFoundation() { return movies_.avFoundation(); }
     AudioToolbox* audioToolbox() { return movies_.audioToolbox(); }
+    VideoToolbox& videoToolbox() { return videoToolbox_; }
     /// Made at the first call, for most runs need none. Null for a user without a home.
     DesktopPhotoLibrary* photoLibrary();
     FileManager& fileManager() { return fileManager_; }
@@ -62,6 +65,7 @@ public:
     DesktopConsent& consent() { return consent_; }
     CrashLog& crashLog() { return crashLog_; }
     Console& console() { return console_; }
+    const Device& device() const { return device_; }
     const ProjectSettings& projectSettings() const { return settings_; }
     const Localization& localization() const { return strings_; }
     const DateFormatter& dateFormatter() const { return dateFormatter_; }
@@ -99,6 +103,8 @@ private:
     DesktopCoreML coreML_;
     DesktopVision vision_;
     LazyMovies movies_;
+    DesktopVideoToolbox videoToolbox_;
+    DesktopDevice device_;
     std::once_flag photoLibraryMade_;
     std::unique_ptr<DesktopPhotoLibrary> photoLibrary_;
 };

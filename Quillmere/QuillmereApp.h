@@ -10,12 +10,10 @@
 #include "Quillmere/ContentView.h"
 #include "Quillmere/Models/Enhance/ModelCatalogue.h"
 #include "Quillmere/Models/Enhance/ModelWarmUp.h"
+#include "Quillmere/Models/Services/Notifications.h"
 #include "Quillmere/Models/Services/ProjectSettings.h"
 
 namespace quillmere {
-
-/// Posted when work that can't go on in the background has to end.
-inline constexpr std::string_view cancelSaveVideo = "cancelSaveVideo";
 
 /// On a desktop, `active` is a focused window and `inactive` any other one; suspend, the end of
 /// the session and quitting are `background`. Other values mean nothing here.

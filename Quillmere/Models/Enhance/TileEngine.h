@@ -88,4 +88,8 @@ private:
     std::unique_ptr<CIContext> context_;
 };
 
+/// `enhanceImage` of an engine, for those who need no more of it.
+using EnhanceImage = std::function<void(EnhanceStyle, const UIImage&, const TileEngine::Progress&,
+                                        const TileEngine::Completion&)>;
+
 }  // namespace quillmere

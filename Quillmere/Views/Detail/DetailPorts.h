@@ -5,17 +5,24 @@
 #include <memory>
 #include <optional>
 
+#include "Base/NotificationCenter.h"
 #include "Platform/AVFoundation/AVFoundation.h"
 #include "Platform/Analytics/Analytics.h"
+#include "Platform/Application/Console.h"
 #include "Platform/Application/Device.h"
 #include "Platform/Application/SKStoreReviewController.h"
 #include "Platform/Application/UIApplication.h"
+#include "Platform/AudioToolbox/AudioToolbox.h"
+#include "Platform/CoreImage/CoreImage.h"
+#include "Platform/CrashLog/CrashLog.h"
 #include "Platform/Dispatch/Dispatch.h"
+#include "Platform/FileManager/FileManager.h"
 #include "Platform/Graphics/Graphics.h"
 #include "Platform/ImageIO/ImageIO.h"
 #include "Platform/Localization/Localization.h"
 #include "Platform/Photos/PHPhotoLibrary.h"
 #include "Platform/UserDefaults/UserDefaults.h"
+#include "Platform/VideoToolbox/VideoToolbox.h"
 #include "Quillmere/Ads/DetailAds.h"
 #include "Quillmere/Models/Enhance/TileEngine.h"
 #include "Quillmere/Models/Services/ImageMetadataHelper.h"
@@ -38,12 +45,24 @@ struct DetailPorts {
     SKStoreReviewController& storeReview;
     std::shared_ptr<DetailAds> ads;  // the screen's own
 
-    /// `enhanceImage` of the tile engine.
-    std::function<void(EnhanceStyle, const UIImage&, const TileEngine::Progress&,
-                       const TileEngine::Completion&)>
-        enhanceImage;
+    EnhanceImage enhanceImage;
     /// The factor by which a video of that size is enlarged in one pass; nothing where it can't be.
     std::function<std::optional<int>(double width, double height)> resolveSuperResolutionFactor;
+
+    /// What videos need beside the rest.
+    struct Video {
+        AudioToolbox& audioToolbox;
+        VideoToolbox& videoToolbox;
+        CoreImage& coreImage;
+        FileManager& fileManager;
+        CrashLog& crashLog;
+        Console& console;
+        NotificationCenter& notificationCenter;
+        /// The process's one rendering context.
+        std::function<CIContext&()> sharedCIContext;
+    };
+    /// Nothing in a program that opens no videos.
+    std::optional<Video> video = std::nullopt;
 };
 
 }  // namespace quillmere

@@ -1,5 +1,6 @@
 #include "Quillmere/Views/Detail/DetailViewModel.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <utility>
@@ -7,14 +8,17 @@
 #include "Base/Invariant.h"
 #include "Quillmere/Models/Services/AnalyticsEvents.h"
 #include "Quillmere/Models/Services/AssetRequest.h"
+#include "Quillmere/Models/Services/Notifications.h"
 #include "Quillmere/Models/Services/PreferenceCounter.h"
 #include "Quillmere/Models/Services/PreferenceKeys.h"
+#include "Quillmere/Models/Video/SuperResolutionContext.h"
+#include "Quillmere/Models/Video/SuperResolutionFactor.h"
 #include "Quillmere/Views/Detail/BatchSave.h"
+#include "Quillmere/Views/Detail/VideoJob.h"
 
 namespace quillmere {
 namespace {
 
-constexpr SystemVersion firstWithScaler{26, 0};
 constexpr std::chrono::seconds untilConvertAd{1};
 
 std::size_t slotOf(EnhanceStyle style) {
@@ -28,6 +32,10 @@ AnalyticsParameters parametersOf(EnhanceStyle style) {
 }
 
 }  // namespace
+
+DetailViewModel::DetailViewModel(const DetailPorts& ports) : ports_(ports) {}
+
+DetailViewModel::~DetailViewModel() = default;
 
 void DetailViewModel::prepare(const UIImage& picture, std::optional<std::filesystem::path> videoUrl,
                               std::optional<std::vector<PHPickerResult>> results) {
@@ -103,9 +111,10 @@ bool DetailViewModel::hasConvertedImage() const {
 }
 
 void DetailViewModel::refreshRapidHQExpectedSize() {
-    const auto size = originalVideoUrl && ports_.device.systemVersion() >= firstWithScaler
-                          ? sizeOfVideo()
-                          : std::nullopt;
+    const auto size =
+        originalVideoUrl && ports_.device.systemVersion() >= superResolutionSystemVersion
+            ? sizeOfVideo()
+            : std::nullopt;
     const auto factor =
         size ? ports_.resolveSuperResolutionFactor(size->width, size->height) : std::nullopt;
     if (!factor) return rapidHQExpectedSize.set(std::nullopt);
@@ -121,6 +130,29 @@ std::optional<Size> DetailViewModel::sizeOfVideo() {
     const Size size{std::abs(natural.width), std::abs(natural.height)};
     if (size.width != 0 && size.height != 0) originalVideoSize = size;
     return size;
+}
+
+std::optional<RapidHQSizeLimits> DetailViewModel::rapidHQSizeLimits() {
+    const bool isAsked = selectedStyle.get() == EnhanceStyle::rapidHQ &&
+                         !rapidHQExpectedSize.get() && originalVideoUrl && ports_.video;
+    const auto size = isAsked ? sizeOfVideo() : std::nullopt;
+    if (!size || ports_.device.systemVersion() < superResolutionSystemVersion) return {};
+    const VideoToolbox& scaler = ports_.video->videoToolbox;
+    const auto factors = scaler.supportedScaleFactors();
+    const int largest = factors.empty() ? 1 : *std::max_element(factors.begin(), factors.end());
+    const double scale =
+        ports_.resolveSuperResolutionFactor(size->width, size->height).value_or(largest);
+    const PixelSize limit = scaler.maximumDimensions().value_or(assumedMaximumDimensions);
+    return RapidHQSizeLimits{size->width, size->height, limit.width / scale, limit.height / scale};
+}
+
+void DetailViewModel::startVideoSave() {
+    if (!videoJob_) {
+        videoJob_ = std::make_shared<VideoJob>(ports_, weak_from_this());
+        cancelSaveVideo_ = ports_.video->notificationCenter.addObserver(
+            cancelSaveVideo, [this] { videoJob_->cancel(); });
+    }
+    videoJob_->startVideoSave();
 }
 
 void DetailViewModel::saveImage() {

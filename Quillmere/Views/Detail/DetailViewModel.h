@@ -17,6 +17,16 @@
 
 namespace quillmere {
 
+class VideoJob;
+
+/// Why `rapidHQ` can't enlarge a video: its size, and the largest that could be. In pixels.
+struct RapidHQSizeLimits {
+    double sourceWidth;
+    double sourceHeight;
+    double limitWidth;
+    double limitHeight;
+};
+
 /// The logic of the screen, which needs no screen. It lives by shared pointers: work that is under
 /// way keeps it, or finds it gone.
 ///
@@ -25,7 +35,8 @@ class DetailViewModel : public std::enable_shared_from_this<DetailViewModel> {
 public:
     using Images = std::array<std::optional<UIImage>, allEnhanceStyles.size()>;
 
-    explicit DetailViewModel(const DetailPorts& ports) : ports_(ports) {}
+    explicit DetailViewModel(const DetailPorts& ports);
+    ~DetailViewModel();
 
     /// The alert to show; setting it shows it.
     Published<std::optional<AlertTypes>> alert;
@@ -51,6 +62,8 @@ public:
     std::optional<UIImage> originalImage;
     std::optional<std::filesystem::path> originalVideoUrl;
     std::optional<Size> originalVideoSize;  // in pixels
+    /// The result of the last good video job; gone when work files are cleared.
+    std::optional<std::filesystem::path> outputVideoUrl;
     /// More than one means a batch.
     std::optional<std::vector<PHPickerResult>> pickerResults;
     /// Date and place of the first picked asset, whether or not they are to be kept.
@@ -72,6 +85,9 @@ public:
 
     void refreshRapidHQExpectedSize();
 
+    /// For a video that `rapidHQ` is selected for and can't enlarge; nothing otherwise.
+    std::optional<RapidHQSizeLimits> rapidHQSizeLimits();
+
     /// The end of a run. The picture goes to the style that is selected now, which is not that of
     /// the start where a failure has freed the screen meanwhile. Neither picture nor text is a
     /// silent end.
@@ -86,6 +102,10 @@ public:
     /// that can't be loaded in any way, and a run that ends silently, hold the batch for ever.
     void saveImages();
 
+    /// Encodes the video anew by the selected style; `VideoJob` tells of its ends. The
+    /// notification `cancelSaveVideo` cancels it. Without ports of videos it is a broken invariant.
+    void startVideoSave();
+
 private:
     friend class BatchSave;
 
@@ -94,6 +114,8 @@ private:
     std::optional<Size> sizeOfVideo();
 
     DetailPorts ports_;
+    std::shared_ptr<VideoJob> videoJob_;  // from the first one on
+    Subscription cancelSaveVideo_;
 };
 
 }  // namespace quillmere

@@ -9,15 +9,29 @@
 #include "Base/Invariant.h"
 #include "Quillmere/Models/Services/AnalyticsEvents.h"
 #include "Quillmere/Models/Services/PreferenceKeys.h"
+#include "Quillmere/Models/Video/FrameEnhancer.h"
 #include "Quillmere/Views/Detail/DetailViewModel.h"
 
 namespace quillmere {
 
-VideoJob::VideoJob(const Ports& ports, std::weak_ptr<DetailViewModel> model)
+namespace {
+
+const DetailPorts::Video& videoPortsOf(const DetailPorts& ports) {
+    if (!ports.video) invariantBroken();
+    return *ports.video;
+}
+
+}  // namespace
+
+VideoJob::VideoJob(const DetailPorts& ports, std::weak_ptr<DetailViewModel> model)
     : ports_(ports),
+      video_(videoPortsOf(ports)),
       model_(std::move(model)),
-      files_(ports.files),
-      videoProcessor_(std::make_shared<VideoProcessor>(ports.processor)) {}
+      files_({video_.fileManager, ports.metadata.dateFormatter, video_.console}),
+      videoProcessor_(std::make_shared<VideoProcessor>(VideoProcessor::Ports{
+          ports.avFoundation, video_.audioToolbox, video_.videoToolbox, video_.coreImage,
+          ports.dispatch, video_.fileManager, video_.crashLog, ports.device, ports.localization,
+          video_.console})) {}
 
 void VideoJob::startVideoSave() {
     const auto model = model_.lock();
@@ -34,10 +48,10 @@ void VideoJob::startVideoSave() {
     currentProgress_.store(0, std::memory_order_relaxed);
     model->isVideoProcessing.set(true);
     model->isConverting.set(true);
-    ports_.detail.application.setIdleTimerDisabled(true);
+    ports_.application.setIdleTimerDisabled(true);
     setHandlers(outputUrl);
 
-    const auto asset = ports_.detail.avFoundation.assetWithURL(source);
+    const auto asset = ports_.avFoundation.assetWithURL(source);
     const auto tracks = asset->tracksWithMediaType(AVMediaType::video);
     if (tracks.empty()) return refuse(*model, "FailedToAccessVideoError");
     const Size stored = tracks.front()->naturalSize();
@@ -45,10 +59,13 @@ void VideoJob::startVideoSave() {
     if (natural.width > 0 && natural.height > 0) model->originalVideoSize = natural;
 
     if (style == EnhanceStyle::rapidHQ) return startScaling(*model, asset, outputUrl, natural);
+    const auto enhancer = std::make_shared<FrameEnhancer>(
+        FrameEnhancer::Ports{video_.coreImage, ports_.dispatch, video_.console, ports_.enhanceImage,
+                             video_.sharedCIContext},
+        natural, style);
     videoProcessor_->setImageProcessingHandler(
-        [weak = weak_from_this(), natural, style](const CIImageRef& frame) {
-            const auto self = weak.lock();
-            return self ? self->enhanceVideoFrame(frame, natural, style) : frame;
+        [weak = weak_from_this(), enhancer](const CIImageRef& frame) {
+            return weak.expired() ? frame : enhancer->enhance(frame);
         });
     videoProcessor_->startProcessing(asset, outputUrl, VideoProcessor::Mode::standard(),
                                      preview->size().width, preview->size().height);
@@ -56,11 +73,11 @@ void VideoJob::startVideoSave() {
 
 void VideoJob::startScaling(DetailViewModel& model, const AVAssetRef& asset,
                             const std::filesystem::path& outputUrl, Size natural) {
-    const bool canScale = ports_.detail.device.systemVersion() >= superResolutionSystemVersion &&
-                          ports_.processor.videoToolbox.superResolutionScalerIsSupported();
-    const auto factor =
-        canScale ? ports_.detail.resolveSuperResolutionFactor(natural.width, natural.height)
-                 : std::nullopt;
+    const bool canScale = ports_.device.systemVersion() >= superResolutionSystemVersion &&
+                          video_.videoToolbox.superResolutionScalerIsSupported();
+    const auto factor = canScale
+                            ? ports_.resolveSuperResolutionFactor(natural.width, natural.height)
+                            : std::nullopt;
     if (!factor) return refuse(model, "VideoSuperResolutionUnsupported");
     const Size size{natural.width * *factor, natural.height * *factor};
     model.rapidHQExpectedSize.set(size);
@@ -79,19 +96,19 @@ void VideoJob::refuse(DetailViewModel& model, const char* messageKey) {
     model.isVideoProcessing.set(false);
     model.videoProgress.set(0);
     model.isConverting.set(false);
-    showError(model, ports_.detail.localization.localizedString(messageKey));
+    showError(model, ports_.localization.localizedString(messageKey));
 }
 
 void VideoJob::setHandlers(const std::filesystem::path& outputUrl) {
     videoProcessor_->setCompletionHandler(
         [weak = weak_from_this(), outputUrl,
-         start = ports_.detail.dispatch.now()](const std::optional<Error>& error) {
+         start = ports_.dispatch.now()](const std::optional<Error>& error) {
             const auto self = weak.lock();
             if (!self) return;
-            self->ports_.detail.dispatch.mainQueue().async(
-                [self] { self->ports_.detail.application.setIdleTimerDisabled(false); });
-            const std::chrono::duration<double> taken = self->ports_.detail.dispatch.now() - start;
-            self->ports_.processor.console.print("動画作成時間 = " + std::to_string(taken.count()));
+            self->ports_.dispatch.mainQueue().async(
+                [self] { self->ports_.application.setIdleTimerDisabled(false); });
+            const std::chrono::duration<double> taken = self->ports_.dispatch.now() - start;
+            self->video_.console.print("動画作成時間 = " + std::to_string(taken.count()));
             self->completed(error, outputUrl);
         });
     videoProcessor_->setProgressHandler([weak = weak_from_this()](float progress) {
@@ -104,7 +121,7 @@ void VideoJob::progressed(float progress) {
     if (!std::isfinite(percent)) invariantBroken();
     const int whole = static_cast<int>(percent);
     if (currentProgress_.load(std::memory_order_relaxed) >= whole) return;
-    ports_.detail.dispatch.mainQueue().async([weak = model_, progress] {
+    ports_.dispatch.mainQueue().async([weak = model_, progress] {
         if (const auto model = weak.lock()) model->videoProgress.set(progress);
     });
     currentProgress_.store(whole, std::memory_order_relaxed);
@@ -112,53 +129,16 @@ void VideoJob::progressed(float progress) {
 
 void VideoJob::completed(const std::optional<Error>& error,
                          const std::filesystem::path& outputUrl) {
-    auto& main = ports_.detail.dispatch.mainQueue();
+    auto& main = ports_.dispatch.mainQueue();
     const auto self = shared_from_this();
     if (error) {
-        ports_.processor.console.print(error->localizedDescription);
+        video_.console.print(error->localizedDescription);
         main.async([self, failed = *error] { self->videoSaveFailed(failed); });
     } else if (videoProcessor_->isForceCancel()) {
         main.async([self] { self->videoSaveCanceled(); });
     } else {
         main.async([self, outputUrl] { self->videoSaveSucceeded(outputUrl); });
     }
-}
-
-CIImageRef VideoJob::enhanceVideoFrame(const CIImageRef& frame, Size natural, EnhanceStyle style) {
-    const Rect extent = frame->extent();
-    const bool isNatural = extent.width == natural.width && extent.height == natural.height;
-    const CIImageRef working =
-        isNatural ? frame : frame->imageByCroppingToRect({0, 0, natural.width, natural.height});
-    if (style == EnhanceStyle::original) return working;
-    const auto bitmap = ports_.sharedCIContext().createCGImage(*working, working->extent());
-    if (!bitmap) {
-        ports_.processor.console.print("Image processing failed.Please try with another image.");
-        return frame;
-    }
-
-    struct Slot {
-        std::optional<UIImage> picture;
-        std::shared_ptr<DispatchSemaphore> isThere;
-    };
-    auto& dispatch = ports_.detail.dispatch;
-    const auto slot = std::make_shared<Slot>(Slot{std::nullopt, dispatch.makeSemaphore(0)});
-    dispatch.globalQueue(QualityOfService::userInitiated)
-        .async([self = shared_from_this(), slot, style, picture = UIImage(*bitmap)] {
-            // A failed tile calls before the end does, and the frame then stays as it is; but the
-            // end is waited for, so that one frame at a time goes through the engine.
-            bool isFirst = true;
-            self->ports_.detail.enhanceImage(style, picture, {},
-                                             [&isFirst, &slot](std::optional<UIImage> enhanced,
-                                                               const std::optional<std::string>&) {
-                                                 if (std::exchange(isFirst, false))
-                                                     slot->picture = std::move(enhanced);
-                                             });
-            slot->isThere->signal();
-        });
-    slot->isThere->wait();
-    if (!slot->picture) return frame;
-    const auto enhanced = ports_.processor.coreImage.imageWithImage(*slot->picture);
-    return enhanced ? enhanced : frame;
 }
 
 void VideoJob::videoSaveSucceeded(const std::filesystem::path& url) {
@@ -168,7 +148,7 @@ void VideoJob::videoSaveSucceeded(const std::filesystem::path& url) {
     model->videoProgress.set(1.0F);
     model->isVideoProcessing.set(false);
     model->isConverting.set(false);
-    outputVideoUrl_ = url;
+    model->outputVideoUrl = url;
     model->isShowingVideoPreview.set(true);
 }
 
@@ -190,19 +170,19 @@ void VideoJob::videoSaveFailed(const Error& error) {
     const Size size = model->originalImage->size();
     std::string message = error.localizedDescription;
     if (std::max(size.width, size.height) > 1024.0 &&
-        ports_.detail.userDefaults.integerForKey(resolutionLimitIndexKey) == 1) {
-        message += "\n" + ports_.detail.localization.localizedString("MayBeTooLargeError");
+        ports_.userDefaults.integerForKey(resolutionLimitIndexKey) == 1) {
+        message += "\n" + ports_.localization.localizedString("MayBeTooLargeError");
     }
     showError(*model, std::move(message));
 }
 
 void VideoJob::log(DetailViewModel& model, std::string_view event) const {
-    ports_.detail.analytics.logEventWithName(
+    ports_.analytics.logEventWithName(
         event, AnalyticsParameters{{"Style", std::to_string(rawValue(model.selectedStyle.get()))}});
 }
 
 void VideoJob::showError(DetailViewModel& model, std::string message) const {
-    model.alert.set(AlertTypes::defaultButton(ports_.detail.localization.localizedString("Error"),
+    model.alert.set(AlertTypes::defaultButton(ports_.localization.localizedString("Error"),
                                               std::move(message)));
 }
 

@@ -21,16 +21,8 @@ class DetailViewModel;
 /// three ends, each of which clears them. `videoProgress` moves forward only, once a percent.
 class VideoJob : public std::enable_shared_from_this<VideoJob> {
 public:
-    struct Ports {
-        DetailPorts detail;
-        VideoProcessor::Ports processor;
-        VideoFileManager::Ports files;
-        /// The process's one rendering context.
-        std::function<CIContext&()> sharedCIContext;
-    };
-
-    /// `model` must be what owns this.
-    VideoJob(const Ports& ports, std::weak_ptr<DetailViewModel> model);
+    /// `model` must be what owns this. Ports without those of videos are a broken invariant.
+    VideoJob(const DetailPorts& ports, std::weak_ptr<DetailViewModel> model);
 
     /// Encodes the source video by the selected style, whose preview must be there, except for
     /// `rapidHQ`, which has none. Nothing happens without it or while a job runs. A model without
@@ -40,17 +32,12 @@ public:
     /// The only cancel. Nothing happens while no job runs.
     void cancel();
 
-    /// The result of the last good job, gone when work files are cleared.
-    const std::optional<std::filesystem::path>& outputVideoUrl() const { return outputVideoUrl_; }
-
 private:
     void refuse(DetailViewModel& model, const char* messageKey);
     void setHandlers(const std::filesystem::path& outputUrl);
     void startScaling(DetailViewModel& model, const AVAssetRef& asset,
                       const std::filesystem::path& outputUrl, Size natural);
 
-    /// On `videoQueue`; always a picture, `frame` itself where something failed.
-    CIImageRef enhanceVideoFrame(const CIImageRef& frame, Size natural, EnhanceStyle style);
     /// On either of the processor's queues.
     void progressed(float progress);
     /// On the thread that ends the job.
@@ -62,11 +49,11 @@ private:
     void log(DetailViewModel& model, std::string_view event) const;
     void showError(DetailViewModel& model, std::string message) const;
 
-    Ports ports_;
+    DetailPorts ports_;
+    DetailPorts::Video video_;
     std::weak_ptr<DetailViewModel> model_;
     VideoFileManager files_;
     const std::shared_ptr<VideoProcessor> videoProcessor_;
-    std::optional<std::filesystem::path> outputVideoUrl_;
     std::atomic<int> currentProgress_ = 0;  // the last percent that was shown
 };
 

@@ -53,7 +53,11 @@ protected:
                            {static_cast<int>(size.width * 2), static_cast<int>(size.height * 2)}),
                        std::nullopt);
         };
-        model = std::make_shared<DetailViewModel>(DetailPorts{
+        model = std::make_shared<DetailViewModel>(ports());
+    }
+
+    DetailPorts ports() {
+        return {
             *dispatch,
             analytics,
             localization,
@@ -73,7 +77,7 @@ protected:
                    const TileEngine::Completion& completion) {
                 enhance(style, image, progress, completion);
             },
-            [this](double, double) { return factor; }});
+            [this](double, double) { return factor; }};
     }
 
     void pumpUntil(const std::function<bool()>& predicate) {
@@ -135,9 +139,7 @@ protected:
     std::shared_ptr<InterstitialAdManager> conversionAds =
         std::make_shared<InterstitialAdManager>(ads, console, "conversion");
     std::optional<int> factor;
-    std::function<void(EnhanceStyle, const UIImage&, const TileEngine::Progress&,
-                       const TileEngine::Completion&)>
-        enhance;
+    EnhanceImage enhance;
     std::shared_ptr<DetailViewModel> model;
 };
 
