@@ -1,7 +1,7 @@
 #include "Quillmere/Ads/AppOpenAdManager.h"
 
-#include "Quillmere/Ads/AdWindows.h"
 #include "Quillmere/Models/Services/PreferenceKeys.h"
+#include "Quillmere/Models/Services/Windows.h"
 
 namespace quillmere {
 

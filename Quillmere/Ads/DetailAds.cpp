@@ -1,9 +1,9 @@
 #include "Quillmere/Ads/DetailAds.h"
 
-#include "Quillmere/Ads/AdWindows.h"
 #include "Quillmere/Models/Services/AnalyticsEvents.h"
 #include "Quillmere/Models/Services/PreferenceKeys.h"
 #include "Quillmere/Models/Services/RemoteConfigClient.h"
+#include "Quillmere/Models/Services/Windows.h"
 
 namespace quillmere {
 

@@ -1,4 +1,4 @@
-// Where ads are shown.
+// The windows of the application, and where to show something in them.
 #pragma once
 
 #include <vector>
