@@ -14,6 +14,11 @@ public:
         disabled ? sleep_.inhibit() : sleep_.release();
     }
 
+    bool canOpenURL(std::string_view) const override { return false; }
+    void openURL(std::string, std::function<void(bool)> completionHandler) override {
+        if (completionHandler) completionHandler(false);
+    }
+
 private:
     SleepInhibitor sleep_;
 };

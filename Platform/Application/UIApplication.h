@@ -5,6 +5,9 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
+#include <string>
+#include <string_view>
 #include <vector>
 
 namespace quillmere {
@@ -70,6 +73,12 @@ public:
 
     /// Keeps the machine from sleeping for want of a user, while work goes on.
     virtual void setIdleTimerDisabled(bool disabled) = 0;
+
+    /// Whether some program opens addresses of that scheme.
+    virtual bool canOpenURL(std::string_view url) const = 0;
+    /// Hands the address to the program that opens it; `completionHandler`, which may be empty, is
+    /// told on the main thread whether there was one.
+    virtual void openURL(std::string url, std::function<void(bool opened)> completionHandler) = 0;
 };
 
 }  // namespace quillmere

@@ -1,6 +1,7 @@
 // Windows and controllers as a test puts them together.
 #pragma once
 
+#include <algorithm>
 #include <initializer_list>
 
 #include "Platform/Application/UIApplication.h"
@@ -65,7 +66,19 @@ public:
     bool idleTimerDisabled = false;
 
     std::vector<UIScene*> connectedScenes() const override { return scenes; }
+    std::vector<std::string> openable;  // beginnings of addresses
+    std::vector<std::string> opened;
+
     void setIdleTimerDisabled(bool disabled) override { idleTimerDisabled = disabled; }
+    bool canOpenURL(std::string_view url) const override {
+        return std::any_of(openable.begin(), openable.end(),
+                           [&](const std::string& start) { return url.starts_with(start); });
+    }
+    void openURL(std::string url, std::function<void(bool)> completionHandler) override {
+        const bool can = canOpenURL(url);
+        opened.push_back(std::move(url));
+        if (completionHandler) completionHandler(can);
+    }
 };
 
 }  // namespace quillmere
