@@ -15,7 +15,7 @@ class FakeFileManager final : public FileManager {
 public:
     std::map<std::filesystem::path, std::vector<std::byte>> files;
     std::set<std::filesystem::path> folders;
-    std::set<std::filesystem::path> refused;  // can neither be made nor removed
+    std::set<std::filesystem::path> refused;  // can neither be made nor removed, nor written into
 
     Result<std::vector<std::byte>> contentsOfFile(const std::filesystem::path& path) override {
         if (folders.contains(path)) return failure(EISDIR, path);
@@ -27,6 +27,7 @@ public:
     Result<void> writeFile(const std::filesystem::path& path, std::span<const std::byte> contents,
                            WriteExisting existing) override {
         if (!folders.contains(path.parent_path())) return failure(ENOENT, path);
+        if (refused.contains(path.parent_path())) return failure(EACCES, path);
         if (folders.contains(path)) return failure(EISDIR, path);
         if (existing == WriteExisting::refuse && files.contains(path)) {
             return failure(EEXIST, path);
