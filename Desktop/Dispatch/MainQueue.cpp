@@ -11,6 +11,7 @@ void MainQueue::async(Block block) {
         blocks_.push_back(std::move(block));
     }
     changed_.notify_all();
+    if (posted_) posted_();
 }
 
 void MainQueue::asyncAfter(std::chrono::nanoseconds delay, Block block) {

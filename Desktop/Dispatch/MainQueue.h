@@ -3,6 +3,7 @@
 
 #include <condition_variable>
 #include <deque>
+#include <functional>
 #include <mutex>
 
 #include "Desktop/Dispatch/Clock.h"
@@ -28,6 +29,11 @@ public:
 
     void wake();
 
+    /// For a thread that waits for other things as well: `posted` is called after each `async`, on
+    /// its thread, and has to see to it that `runPending` is called soon. To be set once, before
+    /// the queue is used.
+    void whenPosted(std::function<void()> posted) { posted_ = std::move(posted); }
+
     /// Lets go of the blocks that are there, and of those to come, without running them: they may
     /// hold what others wait for.
     void close();
@@ -42,6 +48,7 @@ private:
     std::deque<Block> blocks_;
     unsigned long wakes_ = 0;
     bool closed_ = false;
+    std::function<void()> posted_;
 };
 
 }  // namespace quillmere

@@ -29,6 +29,8 @@ public:
     Result<void> writeFile(const std::filesystem::path& path, std::span<const std::byte> contents,
                            WriteExisting existing) override;
 
+    Result<void> copyItem(const std::filesystem::path& source,
+                          const std::filesystem::path& target) override;
     Result<void> createDirectory(const std::filesystem::path& path) override;
     Result<std::vector<std::filesystem::path>> contentsOfDirectory(
         const std::filesystem::path& path) override;

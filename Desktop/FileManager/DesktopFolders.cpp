@@ -1,4 +1,4 @@
-// The desktop file manager's operations on folders.
+// The desktop file manager's operations on whole files and folders.
 #include <cerrno>
 #include <string>
 #include <system_error>
@@ -32,6 +32,14 @@ Result<std::vector<fs::path>> DesktopFileManager::contentsOfDirectory(const fs::
     }
     if (failed) return failure(failed.value(), path, " can't be listed: ");
     return names;
+}
+
+Result<void> DesktopFileManager::copyItem(const fs::path& source, const fs::path& target) {
+    std::error_code failed, ignored;
+    fs::copy_file(source, target, fs::copy_options::overwrite_existing, failed);
+    if (!failed) return {};
+    fs::remove(target, ignored);
+    return failure(failed.value(), source, " can't be copied: ");
 }
 
 Result<void> DesktopFileManager::removeItem(const fs::path& path) {

@@ -30,6 +30,9 @@ public:
           kind_(kind),
           typeIdentifier_(std::move(typeIdentifier)) {}
 
+    std::vector<std::string> registeredTypeIdentifiers() const override {
+        return {typeIdentifier_};
+    }
     bool hasItemConformingToTypeIdentifier(std::string_view typeIdentifier) const override;
     void loadDataRepresentationForTypeIdentifier(std::string_view typeIdentifier,
                                                  DataHandler completionHandler) override;

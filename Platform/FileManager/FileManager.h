@@ -29,6 +29,10 @@ public:
     virtual Result<void> writeFile(const std::filesystem::path& path,
                                    std::span<const std::byte> contents, WriteExisting existing) = 0;
 
+    /// Copies a file, in the place of what has the name; a copy that fails leaves nothing.
+    virtual Result<void> copyItem(const std::filesystem::path& source,
+                                  const std::filesystem::path& target) = 0;
+
     /// Makes a folder, and those above it that are missing. An existing folder is a success.
     virtual Result<void> createDirectory(const std::filesystem::path& path) = 0;
 

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <functional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -25,6 +26,8 @@ public:
 
     virtual ~NSItemProvider() = default;
 
+    /// The formats in which the item can be had as it is, the best one first.
+    virtual std::vector<std::string> registeredTypeIdentifiers() const = 0;
     virtual bool hasItemConformingToTypeIdentifier(std::string_view typeIdentifier) const = 0;
     virtual void loadDataRepresentationForTypeIdentifier(std::string_view typeIdentifier,
                                                          DataHandler completionHandler) = 0;

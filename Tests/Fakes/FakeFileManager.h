@@ -36,6 +36,13 @@ public:
         return {};
     }
 
+    Result<void> copyItem(const std::filesystem::path& source,
+                          const std::filesystem::path& target) override {
+        const auto contents = contentsOfFile(source);
+        if (!contents) return contents.error();
+        return writeFile(target, *contents, WriteExisting::replace);
+    }
+
     Result<void> createDirectory(const std::filesystem::path& path) override {
         for (auto folder = path; !folder.empty(); folder = folder.parent_path()) {
             if (files.contains(folder) || refused.contains(folder)) return failure(EEXIST, path);

@@ -18,6 +18,15 @@ public:
     std::map<std::string, Result<std::filesystem::path>, std::less<>> files;
     std::optional<Result<UIImage>> image;
 
+    /// Those of `files` where none are set.
+    std::optional<std::vector<std::string>> types;
+
+    std::vector<std::string> registeredTypeIdentifiers() const override {
+        if (types) return *types;
+        std::vector<std::string> all;
+        for (const auto& [type, file] : files) all.push_back(type);
+        return all;
+    }
     bool hasItemConformingToTypeIdentifier(std::string_view typeIdentifier) const override {
         return data.contains(typeIdentifier) || files.contains(typeIdentifier);
     }

@@ -139,23 +139,25 @@ void CropViewController::show() {
     orientation.set(isFlipped_ ? flippedAndTurned[index] : turned[index]);
 }
 
+std::optional<UIImage> CropViewController::uprightPicture(Graphics& graphics) const {
+    if (upright_ || picture_.imageOrientation() == up) return upright_ ? upright_ : picture_;
+    const Size all = picture_.size();
+    const auto canvas = graphics.beginImageContextWithOptions(all, false, picture_.scale());
+    canvas->drawInRect(picture_, {0, 0, all.width, all.height});
+    upright_ = canvas->imageFromCurrentContext();
+    return upright_;
+}
+
 std::optional<UIImage> CropViewController::croppedImage(Graphics& graphics) const {
     if (!picture_.cgImage()) return std::nullopt;
-    UIImage upright = picture_;
-    if (picture_.imageOrientation() != up) {
-        const Size all = picture_.size();
-        const auto canvas = graphics.beginImageContextWithOptions(all, false, picture_.scale());
-        canvas->drawInRect(picture_, {0, 0, all.width, all.height});
-        const auto drawn = canvas->imageFromCurrentContext();
-        if (!drawn) return std::nullopt;
-        upright = *drawn;
-    }
+    const auto upright = uprightPicture(graphics);
+    if (!upright) return std::nullopt;
     const Rect rect = cropRect.get();
     const double left = std::round(rect.x), top = std::round(rect.y);
     const Size kept{std::max(1.0, std::round(rect.maxX()) - left),
                     std::max(1.0, std::round(rect.maxY()) - top)};
     const auto canvas = graphics.beginImageContext(kept);
-    canvas->drawInRect(UIImage(*upright.cgImage(), 1, orientation.get()),
+    canvas->drawInRect(UIImage(*upright->cgImage(), 1, orientation.get()),
                        {-left, -top, size().width, size().height});
     return canvas->imageFromCurrentContext();
 }

@@ -50,6 +50,10 @@ public:
     void flip();
     void reset();
 
+    /// The picture without its own orientation; with `orientation`, it is what is to be shown.
+    /// Nothing where memory ran out.
+    std::optional<UIImage> uprightPicture(Graphics& graphics) const;
+
     /// The kept part, upright. Nothing where memory ran out, and for a picture without pixels.
     std::optional<UIImage> croppedImage(Graphics& graphics) const;
 
@@ -59,6 +63,7 @@ private:
     Rect fitted(const Rect& rect) const;
 
     UIImage picture_;
+    mutable std::optional<UIImage> upright_;
     int quarters_ = 0;  // clockwise, after the flip
     bool isFlipped_ = false;
 };

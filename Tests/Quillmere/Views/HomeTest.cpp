@@ -10,6 +10,7 @@
 #include "Quillmere/Views/Home/HomeView.h"
 #include "Quillmere/Views/Home/ImageCropper.h"
 #include "Quillmere/Views/Home/ImagePicker.h"
+#include "Quillmere/Views/Home/VideoPicker.h"
 #include "Tests/Fakes/FakeAVFoundation.h"
 #include "Tests/Fakes/FakeAnalytics.h"
 #include "Tests/Fakes/FakeBundles.h"
@@ -270,6 +271,37 @@ TEST_F(HomeTest, AVideoOpensWithItsFirstFrameAndABadOneOnlyStopsTheLoading) {
     pumpUntil([this] { return !home.vm.isLoading.get(); });
     EXPECT_FALSE(home.isShowingDetailView.get());
     EXPECT_THAT(log.lines(), Contains(testing::StartsWith("console ")));
+}
+
+TEST_F(HomeTest, APickedVideoIsCopiedWhileItIsThere) {
+    const auto pickVideo = [this](std::shared_ptr<FakeItemProvider> provider) {
+        home.showingVideoPicker.set(true);
+        VideoPicker{*dispatch,          fileManager, videoFiles,
+                    home.inputVideoUrl, home.alert,  home.showingVideoPicker}
+            .didFinishPicking({{std::nullopt, provider}});
+        EXPECT_FALSE(home.showingVideoPicker.get());
+    };
+    const auto provider = item(std::nullopt);
+    pickVideo(provider);  // neither is a file
+    provider->types = {"public.movie"};
+    pickVideo(provider);
+    provider->files.emplace("public.movie", Result<std::filesystem::path>(lost()));
+    pickVideo(provider);
+    EXPECT_FALSE(home.inputVideoUrl.get() || home.alert.get());
+
+    fileManager.files["/home/holiday.mp4"] = FakeImageIO::bytesOf("movie");
+    const auto good = item(std::nullopt);
+    good->files.emplace("public.movie", std::filesystem::path("/home/holiday.mp4"));
+    pickVideo(good);
+    pumpUntil([this] { return home.inputVideoUrl.get().has_value(); });
+    EXPECT_EQ(home.inputVideoUrl.get()->extension(), ".mp4");
+    EXPECT_TRUE(home.inputVideoUrl.get()->filename().string().starts_with("holiday_"));
+    EXPECT_EQ(fileManager.files.at(*home.inputVideoUrl.get()), FakeImageIO::bytesOf("movie"));
+
+    fileManager.files.clear();
+    pickVideo(good);
+    pumpUntil([this] { return home.alert.get().has_value(); });
+    EXPECT_FALSE(home.alert.get()->message());
 }
 
 TEST_F(HomeTest, MoreAppsAreForTallScreensAndOldUsers) {

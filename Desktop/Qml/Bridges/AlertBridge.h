@@ -1,0 +1,60 @@
+// The alert of a screen.
+#pragma once
+
+#include <QStringList>
+#include <optional>
+
+#include "Desktop/Qml/Bridges/Bridge.h"
+#include "Quillmere/Views/Common/AlertTypes.h"
+
+namespace quillmere {
+
+/// Bound to a screen's `alert`, which outlives this.
+class AlertBridge final : public Bridge {
+    Q_OBJECT
+    Q_PROPERTY(bool isShown READ isShown NOTIFY changed)
+    Q_PROPERTY(QString title READ title NOTIFY changed)
+    Q_PROPERTY(QString message READ message NOTIFY changed)
+    /// Empty for an alert with the system's own button.
+    Q_PROPERTY(QStringList buttons READ buttons NOTIFY changed)
+
+public:
+    explicit AlertBridge(Published<std::optional<AlertTypes>>& alert, QObject* parent = nullptr)
+        : Bridge(parent), alert_(alert) {
+        watch(alert, &AlertBridge::changed);
+    }
+
+    bool isShown() const { return alert_.get().has_value(); }
+    QString title() const {
+        const auto alert = alert_.get();
+        return alert ? qt(alert->title()) : QString();
+    }
+    QString message() const {
+        const auto alert = alert_.get();
+        return alert ? qt(alert->message().value_or(std::string())) : QString();
+    }
+    QStringList buttons() const {
+        QStringList titles;
+        if (const auto alert = alert_.get()) {
+            for (const AlertButton& button : alert->buttons()) titles << qt(button.title);
+        }
+        return titles;
+    }
+
+    /// Closes it by its n-th button, or by the system's own one.
+    Q_INVOKABLE void close(int button) {
+        const auto alert = alert_.get();
+        alert_.set(std::nullopt);
+        if (!alert || button < 0 || button >= static_cast<int>(alert->buttons().size())) return;
+        const auto& action = alert->buttons()[static_cast<std::size_t>(button)].action;
+        if (action) action();
+    }
+
+signals:
+    void changed();
+
+private:
+    Published<std::optional<AlertTypes>>& alert_;
+};
+
+}  // namespace quillmere

@@ -1,0 +1,131 @@
+#include "Desktop/Qml/Bridges/AppBridge.h"
+
+#include <QVariantMap>
+#include <utility>
+
+#include "Quillmere/Views/Detail/ImageConversionProgressView.h"
+
+namespace quillmere {
+namespace {
+
+/// QML lets go of a bridge a little later than the logic does.
+template <class T>
+void letGo(std::unique_ptr<T>& bridge) {
+    if (bridge) bridge.release()->deleteLater();
+}
+
+}  // namespace
+
+AppBridge::AppBridge(const HomeBridge::Ports& home, Screens screens, UserDefaults& userDefaults,
+                     const Localization& localization, const Bundles& bundles,
+                     ShareSheet& shareSheet, QtAlert& alert)
+    : homeView_(home.home),
+      screens_(std::move(screens)),
+      userDefaults_(userDefaults),
+      localization_(localization),
+      bundles_(bundles),
+      shareSheet_(shareSheet),
+      home_(home),
+      alert_(alert.alert) {
+    watch(homeView_.isShowingDetailView, &AppBridge::updateDetail);
+    watch(homeView_.vm.showSettings, &AppBridge::updateSettings);
+}
+
+QVariantList AppBridge::moreApps() const {
+    QVariantList list;
+    for (const MoreApp& app : allMoreApps) {
+        list.push_back(QVariantMap{{"title", app.title}, {"icon", app.icon}});
+    }
+    return list;
+}
+
+QUrl AppBridge::sampleAt(const HomeView::Sample& sample) const {
+    const auto file = bundles_.bundleForClass("HomeView").urlForResource(sample.resource, "png");
+    return file ? QUrl::fromLocalFile(qt(file->string())) : QUrl();
+}
+
+void AppBridge::updateDetail() {
+    const bool shows = homeView_.isShowingDetailView.get();
+    const auto image = homeView_.inputImage.get();
+    if (!shows) {
+        letGo(preview_);
+        letGo(share_);
+        letGo(detail_);
+        emit previewChanged();
+        emit shareChanged();
+        emit detailChanged();
+        return;
+    }
+    if (!image) return;
+    letGo(detail_);
+    detail_ = std::make_unique<DetailBridge>(
+        screens_.detail({*image, homeView_.inputVideoUrl.get(), homeView_.pickerResults.get()}),
+        userDefaults_);
+    connect(detail_.get(), &DetailBridge::previewChanged, this, &AppBridge::updatePreview);
+    connect(detail_.get(), &DetailBridge::shareChanged, this, &AppBridge::updateShare);
+    connect(detail_.get(), &DetailBridge::sheetsChanged, this, &AppBridge::updateSettings);
+    detail_->appear();
+    emit detailChanged();
+}
+
+void AppBridge::back() { homeView_.isShowingDetailView.set(false); }
+
+void AppBridge::openFiles(const QList<QUrl>& files) {
+    // A conversion that is under way is not thrown away for what came in between.
+    if (detail_ && (detail_->isConverting() || detail_->isLoading())) return;
+    back();
+    home_.open(files);
+}
+
+void AppBridge::updatePreview() {
+    const bool shows = detail_ && detail_->showsVideoPreview();
+    if (shows == (preview_ != nullptr)) return;
+    letGo(preview_);
+    if (shows) {
+        preview_ =
+            std::make_unique<PreviewBridge>(screens_.preview(*detail_->view().vm().outputVideoUrl));
+    }
+    emit previewChanged();
+}
+
+void AppBridge::updateShare() {
+    const bool shows = detail_ && detail_->showsShareView();
+    if (shows == (share_ != nullptr)) return;
+    letGo(share_);
+    if (shows) {
+        share_ = std::make_unique<ShareBridge>(screens_.share, *detail_->view().result());
+        share_->appear();
+    }
+    emit shareChanged();
+}
+
+void AppBridge::updateSettings() {
+    const bool shows = homeView_.vm.showSettings.get() || (detail_ && detail_->showsSettings());
+    if (shows == (settings_ != nullptr)) return;
+    letGo(report_);
+    letGo(settings_);
+    if (shows) {
+        settings_ = std::make_unique<SettingsBridge>(screens_.settings, screens_.mail);
+        connect(settings_.get(), &SettingsBridge::reportChanged, this, &AppBridge::updateReport);
+    }
+    emit reportChanged();
+    emit settingsChanged();
+}
+
+void AppBridge::updateReport() {
+    const bool shows = settings_ && settings_->showsReport();
+    if (shows == (report_ != nullptr)) return;
+    letGo(report_);
+    if (shows) {
+        report_ = std::make_unique<ReportBridge>(screens_.report);
+        connect(report_.get(), &ReportBridge::dismissed, settings_.get(),
+                [settings = settings_.get()] { settings->setShowsReport(false); });
+    }
+    emit reportChanged();
+}
+
+QString AppBridge::percentage(double fraction) {
+    return qt(ImageConversionProgressView::percentage(static_cast<float>(fraction)));
+}
+
+}  // namespace quillmere

@@ -1,0 +1,67 @@
+#include "Desktop/Qml/Bridges/DetailBridge.h"
+
+#include <QVariantMap>
+
+namespace quillmere {
+
+DetailBridge::DetailBridge(std::unique_ptr<DetailView> view, UserDefaults& userDefaults,
+                           QObject* parent)
+    : Bridge(parent),
+      view_(std::move(view)),
+      userDefaults_(userDefaults),
+      alert_(view_->vm().alert) {
+    DetailViewModel& vm = view_->vm();
+    watch(vm.convertedImages, &DetailBridge::resultChanged);
+    watch(vm.selectedStyle, &DetailBridge::resultChanged);
+    watch(vm.rapidHQExpectedSize, &DetailBridge::resultChanged);
+    watch(view_->sizeLimit, &DetailBridge::resultChanged);
+    watch(view_->sliderPosition, &DetailBridge::sliderChanged);
+    watch(view_->currentImageFormat, &DetailBridge::formatChanged);
+    watch(vm.isConverting, &DetailBridge::coverChanged);
+    watch(vm.isVideoProcessing, &DetailBridge::coverChanged);
+    watch(vm.imageConversionProgress, &DetailBridge::progressChanged);
+    watch(view_->progressDisplay, &DetailBridge::progressChanged);
+    watch(view_->showingSettingsView, &DetailBridge::sheetsChanged);
+    watch(view_->showingImageFormatSelection, &DetailBridge::updateFormat);
+    watch(vm.isShowShare, &DetailBridge::shareChanged);
+    watch(vm.isShowingVideoPreview, &DetailBridge::previewChanged);
+    watch(view_->showBannerAds, &DetailBridge::bannerChanged);
+}
+
+QStringList DetailBridge::linesWithoutResult() const {
+    QStringList lines;
+    for (const std::string& line : view_->linesWithoutResult()) lines << qt(line);
+    return lines;
+}
+
+QVariantList DetailBridge::styleRows() const {
+    QVariantList rows;
+    for (const auto& row : view_->styleButtons()) {
+        QVariantList buttons;
+        for (const auto& button : row) {
+            buttons.push_back(QVariantMap{{"style", rawValue(button.style)},
+                                          {"text", qt(button.text)},
+                                          {"isSelected", button.isSelected},
+                                          {"isGray", button.color == StyleLabelColor::gray}});
+        }
+        rows.push_back(buttons);
+    }
+    return rows;
+}
+
+void DetailBridge::styleTapped(int style) {
+    if (const auto known = enhanceStyleFromRawValue(style)) view_->styleTapped(*known);
+}
+
+void DetailBridge::updateFormat() {
+    const bool shows = view_->showingImageFormatSelection.get();
+    if (shows == (format_ != nullptr)) return;
+    // The old one may be what has just called.
+    if (format_) format_.release()->deleteLater();
+    if (shows) {
+        format_ = std::make_unique<FormatBridge>(userDefaults_, view_->showingImageFormatSelection);
+    }
+    emit sheetsChanged();
+}
+
+}  // namespace quillmere

@@ -1,0 +1,57 @@
+// The button of every screen: quiet, or in the accent colour for the one thing to do.
+import QtQuick
+import QtQuick.Templates as T
+
+T.Button {
+    id: button
+
+    property string symbol
+    property bool prominent: false
+    property bool round: false
+    property color textColor: prominent ? Theme.accentText : Theme.text
+
+    implicitHeight: Theme.controlHeight
+    implicitWidth: Math.max(implicitHeight, row.implicitWidth + (text === "" ? 0 : 2 * Theme.l))
+    font.pixelSize: Theme.callout
+    font.weight: prominent ? Font.DemiBold : Font.Medium
+    hoverEnabled: true
+    opacity: enabled ? 1 : 0.45
+    focusPolicy: Qt.StrongFocus
+    Accessible.name: text
+    Keys.onReturnPressed: click()
+    Keys.onEnterPressed: click()
+
+    contentItem: Item {
+        Row {
+            id: row
+            anchors.centerIn: parent
+            spacing: Theme.s
+            Symbol {
+                visible: button.symbol !== ""
+                name: button.symbol
+                color: button.textColor
+                anchors.verticalCenter: parent.verticalCenter
+            }
+            Text {
+                id: label
+                visible: button.text !== ""
+                text: button.text
+                font: button.font
+                color: button.textColor
+                elide: Text.ElideRight
+                width: Math.min(implicitWidth, button.width - 2 * Theme.s
+                    - (button.symbol === "" ? 0 : 20 + Theme.s))
+                anchors.verticalCenter: parent.verticalCenter
+            }
+        }
+    }
+
+    background: Rectangle {
+        radius: button.round ? height / 2 : Theme.radiusM
+        color: button.prominent
+            ? (button.hovered || button.down ? Theme.accentHovered : Theme.accent)
+            : (button.hovered || button.down ? Theme.fillHovered : Theme.fill)
+        Behavior on color { ColorAnimation { duration: Theme.quick } }
+        FocusRing { target: button }
+    }
+}

@@ -1,0 +1,47 @@
+// A choice of a few, side by side.
+import QtQuick
+import QtQuick.Layouts
+import QtQuick.Templates as T
+
+RowLayout {
+    id: segments
+
+    property var names: []
+    property int current: 0
+    signal chosen(int index)
+
+    spacing: Theme.s
+    Repeater {
+        model: segments.names
+        T.Button {
+            id: segment
+            required property string modelData
+            required property int index
+            readonly property bool isCurrent: segments.current === index
+            Layout.fillWidth: true
+            Layout.preferredWidth: 1
+            implicitHeight: 38
+            hoverEnabled: true
+            focusPolicy: Qt.StrongFocus
+            text: modelData
+            Accessible.name: text
+            Accessible.role: Accessible.RadioButton
+            Accessible.checked: isCurrent
+            Keys.onReturnPressed: click()
+            onClicked: segments.chosen(index)
+            contentItem: Text {
+                text: segment.text
+                color: segment.isCurrent ? Theme.accentText : Theme.text
+                font.pixelSize: Theme.body
+                font.weight: segment.isCurrent ? Font.DemiBold : Font.Medium
+                horizontalAlignment: Text.AlignHCenter
+                verticalAlignment: Text.AlignVCenter
+            }
+            background: Rectangle {
+                radius: Theme.radiusS
+                color: segment.isCurrent ? Theme.accent : segment.hovered ? Theme.fillHovered : Theme.fill
+                FocusRing { target: segment }
+            }
+        }
+    }
+}

@@ -1,0 +1,67 @@
+// A drawn sign, 24 by 24 units large, in one colour.
+import QtQuick
+import QtQuick.Shapes
+
+Item {
+    id: symbol
+
+    property string name
+    property color color: Theme.text
+    property real size: 20
+
+    implicitWidth: size
+    implicitHeight: size
+
+    readonly property var paths: ({
+        "photo": "M3 6a2 2 0 0 1 2-2h14a2 2 0 0 1 2 2v12a2 2 0 0 1-2 2H5a2 2 0 0 1-2-2z M3 17l5-5 4 4 3-3 6 6 M15 9.5a1.2 1.2 0 1 0 2.4 0a1.2 1.2 0 1 0-2.4 0",
+        "photos": "M6 3h13a2 2 0 0 1 2 2v10 M3 8a2 2 0 0 1 2-2h11a2 2 0 0 1 2 2v11a2 2 0 0 1-2 2H5a2 2 0 0 1-2-2z M3 18l4-4 4 4 3-3 4 4",
+        "folder": "M3 7a2 2 0 0 1 2-2h4l2 2h8a2 2 0 0 1 2 2v9a2 2 0 0 1-2 2H5a2 2 0 0 1-2-2z",
+        "film": "M4 5h16v14H4z M8 5v14 M16 5v14 M4 9h4 M4 15h4 M16 9h4 M16 15h4",
+        "gear": "M12 9a3 3 0 1 0 0 6a3 3 0 1 0 0-6 M12 3v3 M12 18v3 M3 12h3 M18 12h3 M5.6 5.6l2.2 2.2 M16.2 16.2l2.2 2.2 M5.6 18.4l2.2-2.2 M16.2 7.8l2.2-2.2",
+        "share": "M12 15V3 M8 7l4-4 4 4 M5 11v8a2 2 0 0 0 2 2h10a2 2 0 0 0 2-2v-8",
+        "save": "M12 3v12 M8 11l4 4 4-4 M5 17v2a2 2 0 0 0 2 2h10a2 2 0 0 0 2-2v-2",
+        "wand": "M4 20L15 9 M14 4v3 M12.5 5.5h3 M19 8v3 M17.5 9.5h3 M19 15v2 M18 16h2",
+        "back": "M15 5l-7 7 7 7",
+        "forward": "M9 5l7 7-7 7",
+        "down": "M5 9l7 7 7-7",
+        "check": "M5 12.5l4.5 4.5L19 7",
+        "close": "M6 6l12 12 M18 6L6 18",
+        "info": "M12 3a9 9 0 1 0 0 18a9 9 0 1 0 0-18 M12 11v6 M12 7.4v.2",
+        "crop": "M7 2v15h15 M2 7h15v15",
+        "rotateRight": "M19 12a7 7 0 1 1-2.5-5.4L19 9 M19 4v5h-5",
+        "rotateLeft": "M5 12a7 7 0 1 0 2.5-5.4L5 9 M5 4v5h5",
+        "flip": "M12 3v18 M9 7L3 17h6z M15 7l6 10h-6z",
+        "reset": "M4 12a8 8 0 1 0 3-6.2 M4 4v4h4",
+        "mail": "M3 6h18v12H3z M3 7l9 7 9-7",
+        "bubble": "M4 5h16v11H10l-5 4v-4H4z",
+        "apps": "M4 4h6v6H4z M14 4h6v6h-6z M4 14h6v6H4z M14 14h6v6h-6z",
+        "pencil": "M4 20l1-4L16 5l3 3L8 19z M14 7l3 3",
+        "copy": "M8 8h12v12H8z M4 16V4h12",
+        "open": "M14 4h6v6 M20 4l-9 9 M18 14v5a1 1 0 0 1-1 1H5a1 1 0 0 1-1-1V7a1 1 0 0 1 1-1h5",
+        "people": "M9 5a3 3 0 1 0 0 6a3 3 0 1 0 0-6 M3 20c0-4 3-6 6-6s6 2 6 6 M16 6a2.5 2.5 0 0 1 0 5 M17 14c2.5.5 4 2.5 4 6",
+        "play": "M7 4l13 8-13 8z",
+        "pause": "M8 5v14 M16 5v14",
+        "sound": "M4 9h4l5-4v14l-5-4H4z M16 9a4 4 0 0 1 0 6",
+        "mute": "M4 9h4l5-4v14l-5-4H4z M16 9l5 6 M21 9l-5 6",
+        "loop": "M17 3l3 3-3 3 M4 11V9a3 3 0 0 1 3-3h13 M7 21l-3-3 3-3 M20 13v2a3 3 0 0 1-3 3H4",
+        "more": "M5 12h.1 M12 12h.1 M19 12h.1",
+        "calendar": "M4 6h16v14H4z M4 10h16 M8 3v4 M16 3v4",
+        "place": "M12 21c-4-5-6-8-6-11a6 6 0 0 1 12 0c0 3-2 6-6 11z M12 8a2 2 0 1 0 0 4a2 2 0 1 0 0-4"
+    })
+
+    Shape {
+        width: 24
+        height: 24
+        scale: symbol.size / 24
+        transformOrigin: Item.TopLeft
+
+        ShapePath {
+            strokeColor: symbol.color
+            strokeWidth: symbol.name === "more" ? 3 : 1.8
+            fillColor: "transparent"
+            capStyle: ShapePath.RoundCap
+            joinStyle: ShapePath.RoundJoin
+            PathSvg { path: symbol.paths[symbol.name] || "" }
+        }
+    }
+}

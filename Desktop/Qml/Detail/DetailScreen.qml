@@ -1,0 +1,130 @@
+// The detail screen.
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import "../Common"
+
+FocusScope {
+    id: screen
+
+    readonly property var detail: App.detail
+    readonly property bool wide: width >= 760
+    readonly property bool covered: detail !== null && (detail.isConverting || detail.isLoading)
+
+    Keys.onEscapePressed: if (!covered) App.back()
+
+    Rectangle { anchors.fill: parent; color: Theme.background; TapHandler { } HoverHandler { } }
+
+    Item {
+        id: column
+        anchors.fill: parent
+        enabled: screen.detail !== null && !screen.covered && !screen.detail.showsShareView
+
+        TopBar {
+            id: bar
+            width: parent.width
+            backText: App.text("Back")
+            onBack: App.back()
+        }
+        GridLayout {
+            anchors { left: parent.left; right: parent.right; top: bar.bottom; bottom: parent.bottom }
+            columns: screen.wide ? 2 : 1
+            columnSpacing: 0
+            rowSpacing: 0
+
+            Item {
+                id: preview
+                Layout.fillWidth: true
+                Layout.fillHeight: true
+                Layout.margins: screen.wide ? Theme.l : 0
+                Layout.topMargin: 0
+                Rectangle { anchors.fill: parent; color: Theme.picture; radius: screen.wide ? Theme.radiusM : 0 }
+
+                CompareView {
+                    anchors.fill: parent
+                    visible: screen.detail !== null && screen.detail.result.isThere
+                    source: screen.detail ? screen.detail.source : undefined
+                    result: screen.detail ? screen.detail.result : undefined
+                    position: screen.detail ? screen.detail.slider : 0.5
+                    onDragged: (x) => screen.detail.dragDivider(x, width, rightToLeft)
+                    focus: true
+                }
+                ColumnLayout {
+                    anchors.centerIn: parent
+                    width: parent.width - 2 * Theme.xl
+                    visible: screen.detail !== null && !screen.detail.result.isThere
+                    spacing: Theme.m
+                    Repeater {
+                        model: screen.detail ? screen.detail.linesWithoutResult : []
+                        Text {
+                            required property string modelData
+                            Layout.fillWidth: true
+                            text: modelData
+                            color: Theme.secondaryText
+                            font.pixelSize: Theme.callout
+                            wrapMode: Text.Wrap
+                            horizontalAlignment: Text.AlignHCenter
+                        }
+                    }
+                }
+                InformationStrip {
+                    anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+                    visible: screen.detail !== null && screen.detail.result.isThere
+                }
+            }
+            ColumnLayout {
+                Layout.fillWidth: !screen.wide
+                Layout.preferredWidth: screen.wide ? 340 : -1
+                Layout.maximumWidth: screen.wide ? 340 : -1
+                Layout.fillHeight: screen.wide
+                Layout.margins: Theme.l
+                Layout.topMargin: screen.wide ? 0 : Theme.m
+                spacing: Theme.m
+
+                StyleGrid {
+                    Layout.fillWidth: true
+                    rows: screen.detail ? screen.detail.styleRows : []
+                    onTapped: (style) => screen.detail.styleTapped(style)
+                }
+                Item { Layout.fillHeight: screen.wide }
+                RowLayout {
+                    Layout.fillWidth: true
+                    spacing: Theme.m
+                    PlainButton {
+                        visible: screen.detail !== null && !screen.detail.isVideo
+                        symbol: "down"
+                        text: screen.detail ? screen.detail.formatName : ""
+                        Accessible.name: App.text("SaveFormat") + ": " + text
+                        onClicked: screen.detail.formatTapped()
+                    }
+                    PlainButton {
+                        Layout.fillWidth: true
+                        prominent: true
+                        symbol: screen.detail && screen.detail.isVideo ? "wand" : "save"
+                        text: screen.detail ? App.text(screen.detail.mainButton) : ""
+                        onClicked: screen.detail.mainButtonTapped()
+                    }
+                }
+            }
+        }
+    }
+    ShareOverlay {
+        anchors.fill: parent
+        shown: App.share !== null
+    }
+    ConversionProgress {
+        anchors.fill: parent
+        shown: screen.detail !== null && screen.detail.isConverting
+        progress: screen.detail ? screen.detail.conversionProgress : 0
+    }
+    BatchProgress {
+        anchors.fill: parent
+        shown: screen.detail !== null && screen.detail.isLoading
+        progress: screen.detail ? screen.detail.videoProgress : 0
+    }
+    FormatSheet {
+        format: screen.detail ? screen.detail.format : null
+        onDismissed: screen.detail.closeFormat()
+    }
+    AlertBox { alert: screen.detail ? screen.detail.alert : null }
+}

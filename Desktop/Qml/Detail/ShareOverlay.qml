@@ -1,0 +1,177 @@
+// The overlay after a picture was saved.
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import Quillmere
+import "../Common"
+
+Item {
+    id: overlay
+
+    property bool shown: false
+    readonly property var share: App.share
+
+    visible: dim.opacity > 0
+    onShownChanged: if (shown) forceActiveFocus()
+    Keys.onEscapePressed: App.detail.shareBackgroundTapped()
+
+    Rectangle {
+        id: dim
+        anchors.fill: parent
+        color: "#000000"
+        opacity: overlay.shown ? 0.7 : 0
+        Behavior on opacity { NumberAnimation { duration: Theme.calm; easing.type: Easing.InQuad } }
+        TapHandler { onTapped: App.detail.shareBackgroundTapped() }
+        HoverHandler { }
+        WheelHandler { }
+    }
+    Loader {
+        id: content
+        active: overlay.share !== null
+        anchors.centerIn: parent
+        width: Math.min(parent.width - 32, 480)
+        height: Math.min(parent.height - 120, 720)
+        sourceComponent: Component {
+            Rectangle {
+                radius: Theme.radiusL
+                color: Theme.background
+                clip: true
+                TapHandler { }
+                ColumnLayout {
+                    anchors { fill: parent; margins: Theme.xl }
+                    spacing: Theme.m
+                    Text {
+                        Layout.fillWidth: true
+                        text: App.text("CompletedToSave")
+                        color: Theme.text
+                        font.pixelSize: Theme.title
+                        font.weight: Font.Bold
+                        wrapMode: Text.Wrap
+                        horizontalAlignment: Text.AlignHCenter
+                        Accessible.role: Accessible.Heading
+                        Accessible.name: text
+                    }
+                    Item {
+                        Layout.fillWidth: true
+                        Layout.fillHeight: true
+                        Layout.minimumHeight: 60
+                        PictureItem {
+                            id: picture
+                            readonly property real fit: overlay.share
+                                ? Math.min(parent.width / Math.max(1, overlay.share.picture.width),
+                                           parent.height / Math.max(1, overlay.share.picture.height)) : 1
+                            anchors.centerIn: parent
+                            width: overlay.share ? overlay.share.picture.width * fit : 0
+                            height: overlay.share ? overlay.share.picture.height * fit : 0
+                            picture: overlay.share ? overlay.share.picture : undefined
+                        }
+                        Rectangle {
+                            // The check mark springs in.
+                            anchors { horizontalCenter: picture.horizontalCenter; verticalCenter: picture.bottom }
+                            width: 44; height: 44; radius: 22
+                            color: Theme.good
+                            border { color: Theme.background; width: 3 }
+                            scale: overlay.share ? overlay.share.iconScale : 0
+                            Behavior on scale { SpringAnimation { spring: 4; damping: 0.35 } }
+                            Symbol { anchors.centerIn: parent; name: "check"; color: "#ffffff" }
+                        }
+                    }
+                    Text {
+                        visible: overlay.share !== null && overlay.share.isEnhanced
+                        Layout.fillWidth: true
+                        Layout.topMargin: Theme.l
+                        text: App.text("EncourageShareImage")
+                        color: Theme.secondaryText
+                        font.pixelSize: Theme.body
+                        wrapMode: Text.Wrap
+                        horizontalAlignment: Text.AlignHCenter
+                    }
+                    PlainButton {
+                        Layout.fillWidth: true
+                        Layout.topMargin: overlay.share && !overlay.share.isEnhanced ? Theme.l : 0
+                        prominent: true
+                        symbol: "share"
+                        focus: true
+                        text: App.text(overlay.share && overlay.share.isEnhanced ? "ShareImage" : "Share")
+                        scale: overlay.share && overlay.share.showsButtons ? 1 : 0.8
+                        Behavior on scale { SpringAnimation { spring: 4; damping: 0.4 } }
+                        onClicked: overlay.share.shareImageTapped()
+                    }
+                    RowLayout {
+                        visible: overlay.share !== null && overlay.share.options.length > 0
+                        Layout.fillWidth: true
+                        opacity: overlay.share && overlay.share.showsButtons ? 1 : 0
+                        transform: Translate {
+                            y: overlay.share && overlay.share.showsButtons ? 0 : 20
+                            Behavior on y { SpringAnimation { spring: 4; damping: 0.4 } }
+                        }
+                        Behavior on opacity { NumberAnimation { duration: Theme.calm } }
+                        spacing: Theme.m
+                        Repeater {
+                            model: overlay.share ? overlay.share.options : []
+                            PlainButton {
+                                required property string modelData
+                                Layout.fillWidth: true
+                                Layout.preferredWidth: 1
+                                symbol: modelData === "message" ? "bubble" : modelData === "other" ? "more" : "photo"
+                                text: modelData === "message" ? App.text("SendMessage")
+                                    : modelData === "other" ? App.text("ShareOther") : "Instagram"
+                                onClicked: overlay.share.optionTapped(modelData)
+                            }
+                        }
+                    }
+                    PlainButton {
+                        Layout.fillWidth: true
+                        symbol: overlay.share && overlay.share.isEnhanced ? "people" : "share"
+                        text: App.text("ShareToFriends")
+                        onClicked: overlay.share.shareToFriendsTapped()
+                    }
+                    Text {
+                        text: App.text("MoreApps")
+                        color: Theme.secondaryText
+                        font.pixelSize: Theme.caption
+                    }
+                    RowLayout {
+                        Layout.fillWidth: true
+                        spacing: Theme.m
+                        Repeater {
+                            model: overlay.share ? overlay.share.moreApps : []
+                            PlainButton {
+                                required property int modelData
+                                Layout.fillWidth: true
+                                Layout.preferredWidth: 1
+                                text: App.moreApps[modelData].title
+                                symbol: "apps"
+                                onClicked: overlay.share.moreAppTapped(modelData)
+                            }
+                        }
+                    }
+                }
+            }
+        }
+    }
+    Loader {
+        anchors.fill: parent
+        active: overlay.share !== null && overlay.share.showsConfetti
+        sourceComponent: Component {
+            Item {
+                id: rain
+                Repeater {
+                    model: overlay.share ? overlay.share.confetti(rain.width) : []
+                    Rectangle {
+                        id: piece
+                        required property var modelData
+                        x: modelData.x
+                        y: modelData.y
+                        width: 10
+                        height: 6
+                        color: modelData.color
+                        rotation: modelData.rotation
+                        scale: modelData.scale
+                        NumberAnimation on y { to: rain.height + 100; duration: 1500 }
+                    }
+                }
+            }
+        }
+    }
+}

@@ -1,0 +1,92 @@
+// The window: the home screen, and the screens that lie over it.
+import QtQuick
+import QtQuick.Window
+import "Common"
+import "Home"
+import "Detail"
+import "Settings"
+
+Window {
+    id: window
+
+    width: 1120
+    height: 780
+    minimumWidth: 360
+    minimumHeight: 560
+    visible: true
+    title: App.text("AppName")
+    color: Theme.background
+
+    LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
+    LayoutMirroring.childrenInherit: true
+
+    HomeScreen {
+        id: home
+        anchors.fill: parent
+        enabled: !detail.active && !picker.shown && !cropper.active && !settings.shown
+        focus: enabled
+    }
+    Loader {
+        id: detail
+        anchors.fill: parent
+        active: App.detail !== null
+        sourceComponent: Component { DetailScreen { } }
+        enabled: !settings.shown && App.preview === null
+        onActiveChanged: {
+            if (active) item.forceActiveFocus()
+            else App.home.appear()
+        }
+    }
+    Loader {
+        anchors.fill: parent
+        active: App.preview !== null
+        sourceComponent: Component { VideoPreview { } }
+        onLoaded: item.forceActiveFocus()
+    }
+    LibraryPicker {
+        id: picker
+        shown: App.home.showsPicturePicker || App.home.showsVideoPicker
+    }
+    Loader {
+        id: cropper
+        anchors.fill: parent
+        active: App.home.cropper !== null
+        sourceComponent: Component { Cropper { } }
+        onLoaded: item.forceActiveFocus()
+        z: 10
+    }
+    Loader {
+        id: settings
+        readonly property bool shown: App.settings !== null
+        anchors.fill: parent
+        active: shown
+        sourceComponent: Component { SettingsSheet { } }
+        z: 11
+    }
+    ShareMenu { z: 12 }
+    AlertBox { alert: App.home.alert; z: 13 }
+    AlertBox { alert: App.alert; z: 13 }
+
+    DropArea {
+        anchors.fill: parent
+        enabled: !detail.active && !cropper.active
+        onDropped: (drop) => {
+            if (!drop.hasUrls) return
+            drop.acceptProposedAction()
+            App.home.open(drop.urls)
+        }
+        Rectangle {
+            anchors { fill: parent; margins: Theme.m }
+            visible: parent.containsDrag
+            color: "transparent"
+            radius: Theme.radiusL
+            border.color: Theme.accent
+            border.width: 3
+        }
+    }
+    Shortcut { sequences: [StandardKey.Paste]; enabled: home.enabled; onActivated: App.home.paste() }
+    Shortcut { sequences: [StandardKey.Quit]; onActivated: Qt.quit() }
+    FilePicker { }
+
+    Component.onCompleted: App.home.appear()
+}

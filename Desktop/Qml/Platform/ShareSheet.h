@@ -1,0 +1,57 @@
+// The sheet on which the user chooses what becomes of a picture, a video or a text.
+#pragma once
+
+#include <QObject>
+#include <QStringList>
+#include <QUrl>
+#include <optional>
+#include <vector>
+
+#include "Platform/FileManager/FileManager.h"
+#include "Platform/ImageIO/ImageIO.h"
+#include "Platform/Sharing/UIActivityViewController.h"
+
+namespace quillmere {
+
+/// Main thread. QML shows it while `isShown`, with what this system can do.
+class ShareSheet final : public QObject, public UIActivityViewController {
+    Q_OBJECT
+    Q_PROPERTY(bool isShown READ isShown NOTIFY changed)
+    /// In their order: "copy", "saveAs", "showInFolder", "openWith", "mail".
+    Q_PROPERTY(QStringList actions READ actions NOTIFY changed)
+    /// A name for the file that "saveAs" makes.
+    Q_PROPERTY(QString suggestedName READ suggestedName NOTIFY changed)
+
+public:
+    ShareSheet(FileManager& fileManager, ImageIO& imageIO)
+        : fileManager_(fileManager), imageIO_(imageIO) {}
+
+    void present(std::vector<ActivityItem> items, UIViewController& presenter) override;
+
+    bool isShown() const { return item_.has_value(); }
+    QStringList actions() const;
+    QString suggestedName() const;
+
+    Q_INVOKABLE void copy();
+    /// False where the file can't be written.
+    Q_INVOKABLE bool saveAs(const QUrl& file);
+    Q_INVOKABLE void showInFolder();
+    Q_INVOKABLE void openWith();
+    Q_INVOKABLE void mail();
+    Q_INVOKABLE void close();
+
+signals:
+    void changed();
+
+private:
+    /// The item as a file: its own, or one made of the picture in the temporary folder. Empty
+    /// where that fails.
+    std::filesystem::path file();
+
+    FileManager& fileManager_;
+    ImageIO& imageIO_;
+    std::optional<ActivityItem> item_;
+    std::filesystem::path madeFile_;
+};
+
+}  // namespace quillmere

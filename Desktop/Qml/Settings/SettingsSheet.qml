@@ -1,0 +1,96 @@
+// The settings.
+import QtQuick
+import QtQuick.Controls.Basic
+import QtQuick.Layouts
+import "../Common"
+
+Sheet {
+    id: sheet
+
+    readonly property var settings: App.settings
+
+    function close() {
+        App.home.showSettings = false
+        if (App.detail) App.detail.showsSettings = false
+    }
+
+    shown: true
+    sheetWidth: 560
+    sheetHeight: 720
+    onDismissed: close()
+    Component.onCompleted: forceActiveFocus()
+
+    TopBar {
+        id: bar
+        width: parent.width
+        title: App.text("Settings")
+        backText: App.text("Close")
+        backSymbol: "close"
+        onBack: sheet.close()
+    }
+    ScrollView {
+        id: scroll
+        anchors { left: parent.left; right: parent.right; top: bar.bottom; bottom: parent.bottom; margins: Theme.l }
+        contentWidth: availableWidth
+        ColumnLayout {
+            width: scroll.availableWidth
+            spacing: Theme.xl
+            Card {
+                heading: App.text("ResolutionLimitForOriginalImage")
+                footer: App.text("ResolutionLimitNotice")
+                Segments {
+                    Layout.fillWidth: true
+                    Layout.margins: Theme.m
+                    names: ["1024px", "2048px"]
+                    current: sheet.settings ? sheet.settings.limitIndex : 0
+                    onChosen: (index) => sheet.settings.limitIndex = index
+                }
+            }
+            Card {
+                ListRow {
+                    Layout.fillWidth: true
+                    symbol: "share"
+                    text: App.text("ShareToFriends")
+                    trailing: ""
+                    onClicked: sheet.settings.shareToFriendsTapped()
+                }
+            }
+            Card {
+                Repeater {
+                    model: [
+                        ["bubble", "BugReport", "bugReportTapped"], ["mail", "Contact", "contactTapped"],
+                        ["apps", "MoreApps", "moreAppsTapped"], ["pencil", "WriteReview", "writeReviewTapped"]
+                    ]
+                    ListRow {
+                        required property var modelData
+                        Layout.fillWidth: true
+                        symbol: modelData[0]
+                        text: App.text(modelData[1])
+                        onClicked: sheet.settings[modelData[2]]()
+                    }
+                }
+            }
+            Card {
+                heading: App.text("MoreApps")
+                Repeater {
+                    model: App.moreApps
+                    ListRow {
+                        required property var modelData
+                        required property int index
+                        Layout.fillWidth: true
+                        symbol: "apps"
+                        text: modelData.title
+                        onClicked: sheet.settings.moreAppTapped(index)
+                    }
+                }
+            }
+        }
+    }
+    Loader {
+        anchors.fill: parent
+        active: App.report !== null
+        sourceComponent: Component { ReportForm { } }
+        onLoaded: item.forceActiveFocus()
+    }
+    AlertBox { alert: sheet.settings ? sheet.settings.alert : null }
+}

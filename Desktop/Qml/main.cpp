@@ -1,0 +1,116 @@
+// The application with windows.
+#include <QDir>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QIcon>
+#include <QQmlApplicationEngine>
+#include <QQmlContext>
+#include <QQuickWindow>
+#include <QTimer>
+#include <QUrl>
+#include <cstdio>
+#include <cstdlib>
+#include <memory>
+
+#include "Desktop/Qml/Composition.h"
+#include "Desktop/Qml/Home/ThumbnailProvider.h"
+#include "Desktop/Qml/Pictures/PictureItem.h"
+#include "Desktop/Qml/Platform/DesktopShell.h"
+#include "Desktop/Qml/Platform/SessionEvents.h"
+#include "Desktop/Qml/Platform/SingleInstance.h"
+
+namespace {
+
+using namespace quillmere;
+
+QList<QUrl> filesIn(const QStringList& arguments) {
+    QList<QUrl> files;
+    for (const QString& argument : arguments.mid(1)) {
+        if (argument.startsWith('-')) continue;
+        files << QUrl::fromUserInput(argument, QDir::currentPath(), QUrl::AssumeLocalFile);
+    }
+    return files;
+}
+
+/// Long work on the detail screen is seen from outside the window as well.
+void tellTheDesktop(Composition& composition, QQuickWindow& window, DesktopShell& shell) {
+    AppBridge& bridge = composition.bridge();
+    QObject::connect(&bridge, &AppBridge::detailChanged, &window, [&bridge, &window, &shell] {
+        DetailBridge* detail = bridge.detail();
+        if (!detail) return shell.showProgress(-1);
+        const auto works = std::make_shared<bool>(false);
+        QObject::connect(detail, &DetailBridge::progressChanged, &window, [detail, &shell] {
+            if (detail->isConverting()) shell.showProgress(detail->conversionProgress());
+            if (detail->isLoading()) shell.showProgress(detail->videoProgress());
+        });
+        QObject::connect(detail, &DetailBridge::coverChanged, &window,
+                         [detail, &bridge, &window, &shell, works] {
+                             const bool now = detail->isConverting() || detail->isLoading();
+                             const bool ended = *works && !now;
+                             *works = now;
+                             if (!ended) return;
+                             shell.showProgress(-1);
+                             if (!window.isActive()) {
+                                 shell.notify(bridge.text("AppName"), bridge.text("WorkEnded"));
+                             }
+                         });
+    });
+}
+
+int fail(const std::string& sentence) {
+    std::fprintf(stderr, "quillmere: %s\n", sentence.c_str());
+    return EXIT_FAILURE;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    QGuiApplication qt(argc, argv);
+    QGuiApplication::setApplicationName("quillmere");
+    QGuiApplication::setApplicationDisplayName("Quillmere");
+    QGuiApplication::setDesktopFileName("quillmere");
+    QGuiApplication::setWindowIcon(QIcon(":/qt/qml/Quillmere/Icons/quillmere.svg"));
+    const QList<QUrl> files = filesIn(QGuiApplication::arguments());
+    if (SingleInstance::handOver(files)) return EXIT_SUCCESS;
+
+    const auto made = Composition::make();
+    if (!made) return fail(made.error().localizedDescription);
+    Composition& composition = **made;
+    DesktopPlatform& platform = composition.platform();
+    composition.app().appDelegate().applicationDidFinishLaunching();
+
+    QQmlApplicationEngine engine;
+    engine.addImageProvider(
+        "thumbnails", new ThumbnailProvider(*platform.photoLibrary(), *platform.avFoundation()));
+    qmlRegisterType<PictureItem>("Quillmere", 1, 0, "PictureItem");
+    engine.rootContext()->setContextProperty("App", &composition.bridge());
+    engine.load(QUrl("qrc:/qt/qml/Quillmere/Main.qml"));
+    if (engine.rootObjects().isEmpty()) return fail("The window could not be opened.");
+    auto& window = *qobject_cast<QQuickWindow*>(engine.rootObjects().front());
+    composition.application().setWindow(&window);
+
+    DesktopShell shell;
+    tellTheDesktop(composition, window, shell);
+    SessionEvents session(
+        [&composition] { composition.app().scenePhaseChanged(ScenePhase::background); });
+    const auto tellPhase = [&] {
+        composition.app().scenePhaseChanged(window.isActive() ? ScenePhase::active
+                                                              : ScenePhase::inactive);
+    };
+    QObject::connect(&window, &QWindow::activeChanged, &window, tellPhase);
+    SingleInstance instance([&](const QList<QUrl>& more) {
+        window.show();
+        window.raise();
+        window.requestActivate();
+        if (!more.isEmpty()) composition.bridge().openFiles(more);
+    });
+    if (!files.isEmpty()) composition.bridge().openFiles(files);
+    QTimer::singleShot(0, &window, [&] { composition.app().contentView().setupOnce(); });
+
+    const int code = QGuiApplication::exec();
+    composition.app().scenePhaseChanged(ScenePhase::background);
+    platform.recordOrderlyEnd();
+    // Work that is under way ends with the process, and what it uses is not taken from it before.
+    std::fflush(nullptr);
+    std::_Exit(code);
+}
