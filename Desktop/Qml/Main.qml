@@ -9,8 +9,8 @@ import "Settings"
 Window {
     id: window
 
-    width: 1120
-    height: 780
+    width: Math.min(1120, Screen.desktopAvailableWidth)
+    height: Math.min(780, Screen.desktopAvailableHeight)
     minimumWidth: 360
     minimumHeight: 560
     visible: true

@@ -25,6 +25,8 @@ class AppBridge final : public Bridge {
     Q_PROPERTY(quillmere::ReportBridge* report READ report NOTIFY reportChanged)
     Q_PROPERTY(quillmere::ShareSheet* shareSheet READ shareSheet CONSTANT)
     Q_PROPERTY(quillmere::AlertBridge* alert READ alert CONSTANT)
+    /// "light", "dark", or empty to follow the system: `$QUILLMERE_APPEARANCE`.
+    Q_PROPERTY(QString appearance READ appearance CONSTANT)
     /// Built-in pictures, as addresses for QML.
     Q_PROPERTY(QUrl sampleIllustration READ sampleIllustration CONSTANT)
     Q_PROPERTY(QUrl samplePhoto READ samplePhoto CONSTANT)
@@ -54,6 +56,7 @@ public:
     ShareSheet* shareSheet() const { return &shareSheet_; }
     AlertBridge* alert() { return &alert_; }
     QVariantList moreApps() const;
+    QString appearance() const { return qEnvironmentVariable("QUILLMERE_APPEARANCE"); }
     QUrl sampleIllustration() const { return sampleAt(HomeView::illustration); }
     QUrl samplePhoto() const { return sampleAt(HomeView::photo); }
 

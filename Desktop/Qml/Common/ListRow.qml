@@ -1,6 +1,5 @@
 // One line of a list that can be tapped: a sign, a text, and what stands at its end.
 import QtQuick
-import QtQuick.Layouts
 import QtQuick.Templates as T
 
 T.Button {
@@ -11,7 +10,7 @@ T.Button {
     property string trailing: "forward"
     property color trailingColor: Theme.secondaryText
 
-    implicitHeight: Math.max(54, content.implicitHeight + 2 * Theme.s)
+    implicitHeight: Math.max(54, words.height + 2 * Theme.m)
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus
     Accessible.name: text
@@ -19,29 +18,34 @@ T.Button {
     Keys.onReturnPressed: click()
     Keys.onEnterPressed: click()
 
-    contentItem: RowLayout {
-        id: content
-        spacing: Theme.m
+    contentItem: Item {
         Symbol {
+            id: sign
             visible: row.symbol !== ""
             name: row.symbol
             color: Theme.accent
             size: 22
-            Layout.leftMargin: Theme.l
+            anchors { left: parent.left; leftMargin: Theme.l; verticalCenter: parent.verticalCenter }
         }
-        ColumnLayout {
-            Layout.fillWidth: true
-            Layout.leftMargin: row.symbol === "" ? Theme.l : 0
+        Column {
+            id: words
+            anchors {
+                left: parent.left
+                leftMargin: row.symbol === "" ? Theme.l : Theme.l + 22 + Theme.m
+                right: parent.right
+                rightMargin: row.trailing === "" ? Theme.l : Theme.l + 18 + Theme.m
+                verticalCenter: parent.verticalCenter
+            }
             spacing: 2
             Text {
-                Layout.fillWidth: true
+                width: parent.width
                 text: row.text
                 color: Theme.text
                 font.pixelSize: Theme.callout
                 wrapMode: Text.Wrap
             }
             Text {
-                Layout.fillWidth: true
+                width: parent.width
                 visible: row.detail !== ""
                 text: row.detail
                 color: Theme.secondaryText
@@ -54,7 +58,9 @@ T.Button {
             name: row.trailing
             color: row.trailingColor
             size: 18
-            Layout.rightMargin: Theme.l
+            anchors {
+                right: parent.right; rightMargin: Theme.l; verticalCenter: parent.verticalCenter
+            }
             transform: Scale {
                 xScale: row.trailing === "forward" && row.mirrored ? -1 : 1
                 origin.x: 9

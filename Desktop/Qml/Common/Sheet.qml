@@ -25,9 +25,7 @@ FocusScope {
     Rectangle {
         anchors.fill: parent
         color: Theme.dim
-        TapHandler { onTapped: if (sheet.dismissable) sheet.dismissed() }
-        WheelHandler { }
-        HoverHandler { }
+        Blocker { onClicked: if (sheet.dismissable) sheet.dismissed() }
     }
     Rectangle {
         id: paper
@@ -40,7 +38,7 @@ FocusScope {
         radius: Theme.radiusL
         color: Theme.background
         clip: true
-        TapHandler { }
+        Blocker { }
         Rectangle {
             // Squares the corners that meet the window's edge.
             visible: sheet.narrow

@@ -1,6 +1,6 @@
 // A drawn sign, 24 by 24 units large, in one colour.
 import QtQuick
-import QtQuick.Shapes
+import QtQuick.Window
 
 Item {
     id: symbol
@@ -49,19 +49,17 @@ Item {
         "place": "M12 21c-4-5-6-8-6-11a6 6 0 0 1 12 0c0 3-2 6-6 11z M12 8a2 2 0 1 0 0 4a2 2 0 1 0 0-4"
     })
 
-    Shape {
-        width: 24
-        height: 24
-        scale: symbol.size / 24
-        transformOrigin: Item.TopLeft
-
-        ShapePath {
-            strokeColor: symbol.color
-            strokeWidth: symbol.name === "more" ? 3 : 1.8
-            fillColor: "transparent"
-            capStyle: ShapePath.RoundCap
-            joinStyle: ShapePath.RoundJoin
-            PathSvg { path: symbol.paths[symbol.name] || "" }
-        }
+    // A picture and not a shape: without a graphics card, shapes are not cut by what clips them.
+    Image {
+        anchors.fill: parent
+        sourceSize: Qt.size(Math.ceil(symbol.size * Screen.devicePixelRatio),
+                            Math.ceil(symbol.size * Screen.devicePixelRatio))
+        source: symbol.name === "" ? "" : "data:image/svg+xml;utf8,"
+            + encodeURIComponent('<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 24 24">'
+                + '<path d="' + symbol.paths[symbol.name] + '" fill="none" stroke="'
+                + Qt.rgba(symbol.color.r, symbol.color.g, symbol.color.b, 1)
+                + '" stroke-width="' + (symbol.name === "more" ? 3 : 1.8)
+                + '" stroke-linecap="round" stroke-linejoin="round"/></svg>')
+        opacity: symbol.color.a
     }
 }

@@ -7,11 +7,11 @@ QtObject {
     id: theme
 
     readonly property SystemPalette system: SystemPalette { colorGroup: SystemPalette.Active }
-    /// Follows the system: its windows are dark, or not.
+    // Follows the system: its windows are dark, or not.
     readonly property bool dark: forced === "dark" || (forced === ""
         && system.window.hslLightness < 0.5)
-    /// "light" or "dark", for pictures of the application itself.
-    property string forced: ""
+    // "light" or "dark" where a user, or a picture of the application, asks for one.
+    readonly property string forced: App.appearance
 
     // Colours
     readonly property color background: dark ? "#101317" : "#f5f6f8"

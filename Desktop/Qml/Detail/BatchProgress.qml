@@ -17,9 +17,7 @@ Item {
     Rectangle {
         anchors.fill: parent
         color: Theme.dim
-        TapHandler { }
-        HoverHandler { }
-        WheelHandler { }
+        Blocker { }
     }
     Rectangle {
         anchors.centerIn: parent

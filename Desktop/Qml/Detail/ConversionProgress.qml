@@ -18,9 +18,7 @@ Item {
         color: "#000000"
         opacity: overlay.shown ? 0.45 : 0
         Behavior on opacity { NumberAnimation { duration: Theme.calm } }
-        TapHandler { }
-        HoverHandler { }
-        WheelHandler { }
+        Blocker { }
     }
     Rectangle {
         anchors.centerIn: parent

@@ -13,7 +13,7 @@ FocusScope {
 
     Keys.onEscapePressed: if (!covered) App.back()
 
-    Rectangle { anchors.fill: parent; color: Theme.background; TapHandler { } HoverHandler { } }
+    Backdrop { color: Theme.background }
 
     Item {
         id: column

@@ -11,7 +11,7 @@ Sheet {
 
     shown: format !== null
     sheetWidth: 460
-    sheetHeight: 560
+    sheetHeight: 490
 
     Rectangle {
         // The drag indicator.

@@ -21,9 +21,7 @@ Item {
         color: "#000000"
         opacity: overlay.shown ? 0.7 : 0
         Behavior on opacity { NumberAnimation { duration: Theme.calm; easing.type: Easing.InQuad } }
-        TapHandler { onTapped: App.detail.shareBackgroundTapped() }
-        HoverHandler { }
-        WheelHandler { }
+        Blocker { onClicked: App.detail.shareBackgroundTapped() }
     }
     Loader {
         id: content
@@ -36,7 +34,7 @@ Item {
                 radius: Theme.radiusL
                 color: Theme.background
                 clip: true
-                TapHandler { }
+                Blocker { }
                 ColumnLayout {
                     anchors { fill: parent; margins: Theme.xl }
                     spacing: Theme.m

@@ -20,7 +20,7 @@ FocusScope {
         return Math.floor(seconds / 60) + ":" + String(seconds % 60).padStart(2, "0")
     }
 
-    Rectangle { anchors.fill: parent; color: Theme.background; TapHandler { } HoverHandler { } }
+    Backdrop { color: Theme.background }
 
     MediaPlayer {
         id: player

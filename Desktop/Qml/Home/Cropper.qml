@@ -29,7 +29,7 @@ FocusScope {
         }
     }
 
-    Rectangle { anchors.fill: parent; color: "#0b0d10"; TapHandler { } HoverHandler { } }
+    Backdrop { color: "#0b0d10" }
 
     Item {
         id: area

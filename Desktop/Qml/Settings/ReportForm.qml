@@ -12,7 +12,7 @@ FocusScope {
 
     Keys.onEscapePressed: App.settings.showsReport = false
 
-    Rectangle { anchors.fill: parent; color: Theme.background; TapHandler { } HoverHandler { } }
+    Backdrop { color: Theme.background }
     ColumnLayout {
         anchors.fill: parent
         enabled: !form.held

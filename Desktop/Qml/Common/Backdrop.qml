@@ -1,0 +1,7 @@
+// The ground of a screen that lies over others.
+import QtQuick
+
+Rectangle {
+    anchors.fill: parent
+    Blocker { }
+}
