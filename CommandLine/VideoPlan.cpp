@@ -48,7 +48,11 @@ Result<UIImage> firstFrame(const VideoPlanPorts& ports, const AVAssetRef& asset)
         {MediaTime::zero()},
         [frame](MediaTime, Result<CGImage> image) { frame->set_value(std::move(image)); });
     auto image = frame->get_future().get();
-    if (!image) return image.error();
+    if (!image) {
+        const bool isEmpty = image.error().domain == AVFoundation::errorDomain &&
+                             image.error().code == static_cast<int>(AVErrorCode::noImageAtTime);
+        return isEmpty ? failure("The video holds no frames.") : image.error();
+    }
     return UIImage(*std::move(image));
 }
 
