@@ -36,5 +36,6 @@ void measureEvents(const Setting& setting);
 void measureWarmUp(const Setting& setting);
 void measureScaler(const Setting& setting);
 void measureScalerQuality(const Setting& setting);
+void measureVideos(const Setting& setting);
 
 }  // namespace quillmere::benchmark

@@ -37,6 +37,7 @@ const Section kSections[] = {
     {"warm-up", measureWarmUp, "the first conversion, with and without the warm-up at start"},
     {"events", measureEvents, "what recording an event costs its caller"},
     {"scaler", measureScaler, "video frames, beside swscale"},
+    {"video", measureVideos, "whole videos by the command line, beside ffmpeg: time and memory"},
     {"scaler-quality", measureScalerQuality, "what enlarged video frames keep of the truth"},
 };
 

@@ -8,8 +8,6 @@
 namespace quillmere::cli {
 namespace {
 
-constexpr int interruptedExitCode = 130;
-
 sigset_t endingSignals() {
     sigset_t signals;
     sigemptyset(&signals);
@@ -41,6 +39,10 @@ Interruption::Interruption() {
             waitForSignal();
             endNow();
         }).detach();
+        {
+            const std::lock_guard stillThere(beforeEndMutex_);
+            if (cancel_) return cancel_();
+        }
         const std::unique_lock written = whileWriting();
         const std::lock_guard stillThere(beforeEndMutex_);
         if (beforeEnd_) beforeEnd_();

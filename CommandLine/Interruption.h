@@ -7,6 +7,9 @@
 
 namespace quillmere::cli {
 
+/// What a process that was interrupted ends with.
+inline constexpr int interruptedExitCode = 130;
+
 /// Catches SIGINT, SIGTERM and SIGHUP on a thread of its own, and ends the process with exit code
 /// 130: at once while a network runs, after the end of a file that is being written. A second
 /// signal doesn't wait for that file either.
@@ -15,6 +18,14 @@ namespace quillmere::cli {
 class Interruption {
 public:
     Interruption();
+
+    /// While `cancel` is set, the first signal calls it, on the object's own thread, and does no
+    /// more: the work is to end by itself, and the process after it. Null for the usual end. Once
+    /// this returns, an earlier one is not called any more.
+    void cancelBy(std::function<void()> cancel) {
+        const std::lock_guard lock(beforeEndMutex_);
+        cancel_ = std::move(cancel);
+    }
 
     /// While it is held, the first signal waits.
     [[nodiscard]] std::unique_lock<std::mutex> whileWriting() { return std::unique_lock(writing_); }
@@ -30,6 +41,7 @@ private:
     std::mutex writing_;
     std::mutex beforeEndMutex_;
     std::function<void()> beforeEnd_;
+    std::function<void()> cancel_;
 };
 
 }  // namespace quillmere::cli

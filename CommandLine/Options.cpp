@@ -8,6 +8,7 @@
 #include "CommandLine/EnhanceArguments.h"
 #include "CommandLine/LibraryArguments.h"
 #include "CommandLine/SettingsArguments.h"
+#include "CommandLine/VideoArguments.h"
 
 #ifndef QUILLMERE_VERSION
 #error "QUILLMERE_VERSION comes from the build"
@@ -40,6 +41,7 @@ Command parseArguments(int argc, const char* const* argv) {
     app.require_subcommand(1);
 
     EnhanceArguments enhance(app);
+    VideoArguments video(app);
     LibraryArguments library(app);
     SettingsArguments settings(app);
     ListArguments<StylesOptions> styles(app, "styles", "List the styles");
@@ -63,8 +65,8 @@ Command parseArguments(int argc, const char* const* argv) {
     } catch (const CLI::ParseError& error) {
         return usageMessage(error.what());
     }
-    const std::array<CommandArguments*, 5> commands{&enhance, &library, &settings, &styles,
-                                                    &diagnostics};
+    const std::array<CommandArguments*, 6> commands{&enhance,  &video,  &library,
+                                                    &settings, &styles, &diagnostics};
     const auto called =
         std::find_if(commands.begin(), commands.end(),
                      [](const CommandArguments* arguments) { return arguments->wasCalled(); });

@@ -49,14 +49,24 @@ struct LibraryOptions {
     bool json = false;
 };
 
+struct VideoOptions {
+    std::filesystem::path input;
+    std::optional<std::filesystem::path> output;  // a file or a folder, as given
+    EnhanceStyle style = EnhanceStyle::rapidHQ;
+    std::optional<int> limit;  // 1024 or 2048; the stored choice where there is none
+    bool force = false;
+    bool json = false;
+    bool quiet = false;
+};
+
 /// A text to print, and the exit code that goes with it: help, version, or a usage error.
 struct Message {
     std::string text;
     int exitCode = 0;
 };
 
-using Command = std::variant<EnhanceOptions, StylesOptions, DiagnosticsOptions, SettingsOptions,
-                             LibraryOptions, Message>;
+using Command = std::variant<EnhanceOptions, VideoOptions, StylesOptions, DiagnosticsOptions,
+                             SettingsOptions, LibraryOptions, Message>;
 
 /// Never throws; whatever is wrong with the arguments is a `Message` with exit code 2.
 Command parseArguments(int argc, const char* const* argv);

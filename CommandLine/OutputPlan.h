@@ -26,8 +26,6 @@ public:
     Result<OutputFile> outputFor(const std::filesystem::path& input);
 
 private:
-    Result<void> check(const std::filesystem::path& output) const;
-
     EnhanceOptions options_;
     PictureFormat otherwise_;
     bool intoFolder_;

@@ -10,6 +10,7 @@ namespace {
 
 constexpr std::size_t nameWidth = 24;
 constexpr int barWidth = 24;
+constexpr int narrowBarWidth = 12;
 
 // Cuts between characters of UTF-8, and keeps what a terminal would obey off it.
 std::string shortName(const std::string& name) {
@@ -23,24 +24,41 @@ std::string shortName(const std::string& name) {
     return shown;
 }
 
-std::string duration(double seconds) {
+std::string lineOf(const std::string& name, float fraction, std::chrono::seconds elapsed,
+                   int width) {
+    const float shown = std::clamp(fraction, 0.0f, 1.0f);
+    const int filled = static_cast<int>(shown * static_cast<float>(width));
+    std::string text = shortName(name) + " [" + std::string(static_cast<std::size_t>(filled), '#') +
+                       std::string(static_cast<std::size_t>(width - filled), '-') + "] " +
+                       std::to_string(static_cast<int>(shown * 100)) + " %";
+    if (shown > 0 && shown < 1) {
+        const double left = static_cast<double>(elapsed.count()) * (1.0 / shown - 1.0);
+        text += ", " + durationText(left) + " left";
+    }
+    return text;
+}
+
+}  // namespace
+
+std::string durationText(double seconds) {
     const auto whole = static_cast<long>(std::lround(seconds));
     if (whole < 60) return std::to_string(whole) + " s";
     if (whole < 3600) return std::to_string((whole + 30) / 60) + " min";
     return std::to_string(whole / 3600) + " h " + std::to_string(whole % 3600 / 60) + " min";
 }
 
-}  // namespace
-
 std::string progressText(const std::string& name, float fraction, std::chrono::seconds elapsed) {
-    const float shown = std::clamp(fraction, 0.0f, 1.0f);
-    const int filled = static_cast<int>(shown * barWidth);
-    std::string text = shortName(name) + " [" + std::string(static_cast<std::size_t>(filled), '#') +
-                       std::string(static_cast<std::size_t>(barWidth - filled), '-') + "] " +
-                       std::to_string(static_cast<int>(shown * 100)) + " %";
-    if (shown > 0 && shown < 1) {
-        const double left = static_cast<double>(elapsed.count()) * (1.0 / shown - 1.0);
-        text += ", " + duration(left) + " left";
+    return lineOf(name, fraction, elapsed, barWidth);
+}
+
+std::string videoProgressText(const std::string& name, float fraction, std::chrono::seconds elapsed,
+                              double framesPerSecond) {
+    std::string text = lineOf(name, fraction, elapsed, narrowBarWidth);
+    if (framesPerSecond > 0) {
+        char rate[24];
+        std::snprintf(rate, sizeof rate, ", %.*f frames/s", framesPerSecond < 10 ? 1 : 0,
+                      framesPerSecond);
+        text += rate;
     }
     return text;
 }

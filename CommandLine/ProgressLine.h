@@ -11,6 +11,13 @@ namespace quillmere::cli {
 /// columns; `fraction` in 0 to 1. Nothing is said of the time left before there is a fraction.
 std::string progressText(const std::string& name, float fraction, std::chrono::seconds elapsed);
 
+/// The same of a video, with the frames a second; 0 where they are not known.
+std::string videoProgressText(const std::string& name, float fraction, std::chrono::seconds elapsed,
+                              double framesPerSecond);
+
+/// "45 s", "12 min", "3 h 20 min"
+std::string durationText(double seconds);
+
 /// Draws over itself on a terminal, and does nothing elsewhere. Used on one thread.
 class ProgressLine {
 public:

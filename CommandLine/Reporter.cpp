@@ -1,35 +1,10 @@
 #include "CommandLine/Reporter.h"
 
 #include <cstdio>
-#include <nlohmann/json.hpp>
+
+#include "CommandLine/PrintedLine.h"
 
 namespace quillmere::cli {
-namespace {
-
-using Json = nlohmann::ordered_json;
-
-// File names are bytes: what is no UTF-8 is shown with replacement characters.
-void printLine(const Json& object) {
-    const std::string line = object.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
-    std::fwrite(line.data(), 1, line.size(), stdout);
-    std::fflush(stdout);
-}
-
-std::string oneLine(const std::string& text) {
-    std::string line;
-    for (const char c : text) {
-        const bool space = c == '\n' || c == '\r' || c == '\t' || c == ' ';
-        if (!space) {
-            line += c;
-        } else if (!line.empty() && line.back() != ' ') {
-            line += ' ';
-        }
-    }
-    if (!line.empty() && line.back() == ' ') line.pop_back();
-    return line;
-}
-
-}  // namespace
 
 Reporter::Reporter(const EnhanceOptions& options)
     : options_(options), line_(stderr, !options.quiet) {}

@@ -9,6 +9,7 @@
 #include "CommandLine/Options.h"
 #include "CommandLine/SettingsCommand.h"
 #include "CommandLine/StylesCommand.h"
+#include "CommandLine/VideoCommand.h"
 #include "Desktop/DesktopPlatform.h"
 #include "Desktop/FileManager/UserFolders.h"
 
@@ -30,6 +31,9 @@ int run(const cli::Command& command, DesktopPlatform& platform, cli::Interruptio
     }
     if (const auto* library = std::get_if<cli::LibraryOptions>(&command)) {
         return cli::runLibrary(*library, platform);
+    }
+    if (const auto* video = std::get_if<cli::VideoOptions>(&command)) {
+        return cli::VideoCommand(platform, interruption, *video).run();
     }
     return cli::EnhanceCommand(platform, interruption, std::get<cli::EnhanceOptions>(command))
         .run();

@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 
+#include "Desktop/AVFoundation/MovieSurvey.h"
 #include "Desktop/AVFoundation/MovieTags.h"
 #include "Platform/AVFoundation/AVFoundation.h"
 #include "Platform/AudioToolbox/AudioToolbox.h"
@@ -18,6 +19,7 @@ struct MovieModule {
     std::optional<MovieTags> (*readMovieTags)(const std::filesystem::path& file);
     std::unique_ptr<AVFoundation> (*makeAVFoundation)(Dispatch& dispatch);
     std::unique_ptr<AudioToolbox> (*makeAudioToolbox)();
+    std::optional<MovieSurvey> (*surveyMovie)(const std::filesystem::path& file);
 };
 
 /// The name under which the module hands itself out.

@@ -12,4 +12,5 @@ const quillmere::MovieModule quillmereMovieModule{
     []() -> std::unique_ptr<quillmere::AudioToolbox> {
         return std::make_unique<quillmere::DesktopAudioToolbox>();
     },
+    quillmere::surveyMovie,
 };

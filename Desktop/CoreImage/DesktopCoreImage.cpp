@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <bit>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -20,13 +21,23 @@ bool isInterleaved(CVPixelFormat format) {
     return format == CVPixelFormat::rgba8 || format == CVPixelFormat::bgra8;
 }
 
+/// `to` and `from` may be the same. As whole words, which compilers do many of at once.
 void swapRedAndBlue(std::uint8_t* to, const std::uint8_t* from, std::size_t pixels) {
-    for (std::size_t i = 0; i < pixels; ++i, to += 4, from += 4) {
-        const std::uint8_t first = from[0];
-        to[0] = from[2];
-        to[1] = from[1];
-        to[2] = first;
-        to[3] = from[3];
+    static_assert(std::endian::native == std::endian::little);
+    for (std::size_t i = 0; i < pixels; ++i) {
+        std::uint32_t pixel;
+        std::memcpy(&pixel, from + 4 * i, sizeof pixel);
+        pixel = (pixel & 0xFF00FF00u) | ((pixel & 0xFFu) << 16) | ((pixel >> 16) & 0xFFu);
+        std::memcpy(to + 4 * i, &pixel, sizeof pixel);
+    }
+}
+
+void makeOpaque(std::uint8_t* row, std::size_t pixels) {
+    for (std::size_t i = 0; i < pixels; ++i) {
+        std::uint32_t pixel;
+        std::memcpy(&pixel, row + 4 * i, sizeof pixel);
+        pixel |= 0xFF000000u;
+        std::memcpy(row + 4 * i, &pixel, sizeof pixel);
     }
 }
 
@@ -69,7 +80,7 @@ public:
         for (std::size_t y = 0; y < whole.height(); ++y) {
             std::uint8_t* row = whole.row(y);
             if (buffer.format() == CVPixelFormat::bgra8) swapRedAndBlue(row, row, width);
-            for (std::size_t x = 0; x < width; ++x) row[4 * x + 3] = 255;
+            makeOpaque(row, width);
         }
         return true;
     }

@@ -82,6 +82,10 @@ public:
     void setForceCancel() { isForceCancel_.store(true, std::memory_order_relaxed); }
     bool isForceCancel() const { return isForceCancel_.load(std::memory_order_relaxed); }
 
+    /// Blocks until nothing of a job is left whose completion handler has been called: from then
+    /// on the ports are used no more. Not for that handler.
+    void waitForEnd() { const std::lock_guard over(finishMutex_); }
+
     float progress() const { return progress_.load(std::memory_order_relaxed); }
 
 private:

@@ -57,11 +57,13 @@ TEST_F(ConversionTest, EachEndOfARunLeavesWhatItShould) {
         SCOPED_TRACE(c.name);
         model->resetConvertedImages();
         model->alert.set(std::nullopt);
+        Awaited<bool> hasReturned;
         enhance = [&](EnhanceStyle, const UIImage& image, const TileEngine::Progress&,
                       const TileEngine::Completion& completion) {
             for (const auto& failure : c.failures) completion(std::nullopt, failure);
             if (c.picture) completion(image, std::nullopt);
             if (c.failures.empty()) completion(std::nullopt, std::nullopt);
+            hasReturned.set(true);
         };
         convert(EnhanceStyle::high);
         pumpUntil([&] {
@@ -72,6 +74,7 @@ TEST_F(ConversionTest, EachEndOfARunLeavesWhatItShould) {
             EXPECT_EQ(model->alert.get()->title(), "Error");
         }
         EXPECT_EQ(model->imageConversionProgress.get(), 0.0F);
+        hasReturned.get();
     }
 }
 

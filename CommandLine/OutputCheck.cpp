@@ -1,0 +1,39 @@
+#include "CommandLine/OutputCheck.h"
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <system_error>
+
+namespace quillmere::cli {
+namespace fs = std::filesystem;
+
+Error outputRefusal(const std::string& sentence) { return {"quillmere.commandline", 1, sentence}; }
+
+Result<void> checkOutput(const fs::path& output, const std::vector<fs::path>& inputs,
+                         bool mayReplace) {
+    std::error_code ignored;
+    const fs::path folder = output.has_parent_path() ? output.parent_path() : fs::path(".");
+    if (!fs::is_directory(folder, ignored)) {
+        return outputRefusal("There is no folder " + folder.string() + ".");
+    }
+    const bool isInput = std::any_of(inputs.begin(), inputs.end(), [&](const fs::path& input) {
+        return fs::equivalent(input, output, ignored);
+    });
+    if (isInput) {
+        return outputRefusal("The result would replace the input " + output.string() +
+                             "; choose another name.");
+    }
+    if (fs::is_directory(output, ignored)) {
+        return outputRefusal(output.string() + " is a folder.");
+    }
+    if (!mayReplace && fs::exists(fs::symlink_status(output, ignored))) {
+        return outputRefusal(output.string() + " already exists; --force replaces it.");
+    }
+    if (access(folder.c_str(), W_OK) != 0) {
+        return outputRefusal("The folder " + folder.string() + " refuses writing.");
+    }
+    return {};
+}
+
+}  // namespace quillmere::cli

@@ -1,0 +1,62 @@
+#include "CommandLine/VideoArguments.h"
+
+#include <strings.h>
+
+namespace quillmere::cli {
+namespace {
+
+std::map<std::string, EnhanceStyle> stylesByName() {
+    std::map<std::string, EnhanceStyle> names;
+    for (const EnhanceStyle style : allEnhanceStyles) {
+        names.emplace(std::string(displayKey(style)), style);
+    }
+    return names;
+}
+
+}  // namespace
+
+VideoArguments::VideoArguments(CLI::App& app)
+    : CommandArguments(app, "video", "Enlarge a video"), styles_(stylesByName()) {
+    CLI::App& arguments = this->arguments();
+    arguments.add_option("INPUT", options_.input, "A video: MP4, MOV, MKV, WebM, AVI and others")
+        ->required();
+    arguments.add_option("-o,--output", options_.output,
+                         "The result's file, whose name ends in .mov, or a folder for it "
+                         "(default: beside the input, as NAME_STYLE.mov)");
+    arguments
+        .add_option("--style", style_,
+                    "One of: " + keysOf(styles_) +
+                        "; rapidHQ is by far the quickest that enlarges, original keeps the size")
+        ->capture_default_str()
+        ->check(CLI::IsMember(&styles_))
+        ->option_text("NAME");
+    arguments
+        .add_option("--limit", options_.limit,
+                    "The longest side of frames that are enlarged, in pixels: 1024 or 2048; "
+                    "larger ones are reduced to it first; not for rapidHQ "
+                    "(default: the setting resolutionLimitIndexKey)")
+        ->check(CLI::IsMember({1024, 2048}))
+        ->option_text("PIXELS");
+    arguments.add_flag("--force", options_.force, "Replace an existing file");
+    arguments.add_flag("--json", options_.json, "One JSON object on standard output");
+    arguments.add_flag("--quiet", options_.quiet, "Say nothing but errors");
+}
+
+Command VideoArguments::command() {
+    options_.style = styles_.at(style_);
+    std::error_code ignored;
+    if (!options_.output || std::filesystem::is_directory(*options_.output, ignored)) {
+        return options_;
+    }
+    if (!options_.output->has_filename()) {
+        return usageMessage("There is no folder " + options_.output->string() +
+                            "; make it first, or name a file.");
+    }
+    if (strcasecmp(options_.output->extension().c_str(), ".mov") != 0) {
+        return usageMessage("Videos become QuickTime movies; end the name " +
+                            options_.output->filename().string() + " in .mov.");
+    }
+    return options_;
+}
+
+}  // namespace quillmere::cli
