@@ -4,7 +4,6 @@
 #include <QGuiApplication>
 #include <QIcon>
 #include <QQmlApplicationEngine>
-#include <QQmlContext>
 #include <QQuickWindow>
 #include <QTimer>
 #include <QUrl>
@@ -12,9 +11,7 @@
 #include <cstdlib>
 #include <memory>
 
-#include "Desktop/Qml/Composition.h"
-#include "Desktop/Qml/Home/ThumbnailProvider.h"
-#include "Desktop/Qml/Pictures/PictureItem.h"
+#include "Desktop/Qml/MainWindow.h"
 #include "Desktop/Qml/Platform/DesktopShell.h"
 #include "Desktop/Qml/Platform/SessionEvents.h"
 #include "Desktop/Qml/Platform/SingleInstance.h"
@@ -80,14 +77,9 @@ int main(int argc, char** argv) {
     composition.app().appDelegate().applicationDidFinishLaunching();
 
     QQmlApplicationEngine engine;
-    engine.addImageProvider(
-        "thumbnails", new ThumbnailProvider(*platform.photoLibrary(), *platform.avFoundation()));
-    qmlRegisterType<PictureItem>("Quillmere", 1, 0, "PictureItem");
-    engine.rootContext()->setContextProperty("App", &composition.bridge());
-    engine.load(QUrl("qrc:/qt/qml/Quillmere/Main.qml"));
-    if (engine.rootObjects().isEmpty()) return fail("The window could not be opened.");
-    auto& window = *qobject_cast<QQuickWindow*>(engine.rootObjects().front());
-    composition.application().setWindow(&window);
+    QQuickWindow* const opened = openMainWindow(composition, engine);
+    if (!opened) return fail("The window could not be opened.");
+    QQuickWindow& window = *opened;
 
     DesktopShell shell;
     tellTheDesktop(composition, window, shell);

@@ -128,7 +128,7 @@ const Library libraries[] = {
      {"Neural/", "Desktop/Analytics/", "Desktop/Application/", "Desktop/Localization/",
       "Desktop/RemoteConfig/", "CommandLine/"}},
     {"plist/", {"Desktop/RemoteConfig/"}},
-    {"Q", {"Desktop/Qml/", "Desktop/Application/"}},
+    {"Q", {"Desktop/Qml/"}},
     {"libav", {"Desktop/AVFoundation/"}},
     {"systemd/", {"Desktop/Application/"}},
     {"libsw", {"Desktop/AVFoundation/"}},

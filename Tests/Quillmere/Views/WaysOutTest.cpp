@@ -292,6 +292,8 @@ TEST_F(WaysOutTest, EachAnswerToAnInquiryHasItsEnd) {
         view->promptFieldIsFocused.set(true);
         std::vector<bool> loading;
         const auto heard = view->isLoading.subscribe([&](bool is) { loading.push_back(is); });
+        // Comes on the session's thread, after the block that ends the loading.
+        const auto told = view->alert.subscribe([&](const auto&) { dispatch->mainQueue().wake(); });
         view->sendTapped();
         EXPECT_FALSE(view->promptFieldIsFocused.get());
         wait(std::chrono::milliseconds(499));

@@ -1,0 +1,24 @@
+#include "Desktop/Qml/MainWindow.h"
+
+#include <QQmlContext>
+#include <QUrl>
+
+#include "Desktop/Qml/Home/ThumbnailProvider.h"
+#include "Desktop/Qml/Pictures/PictureItem.h"
+
+namespace quillmere {
+
+QQuickWindow* openMainWindow(Composition& composition, QQmlApplicationEngine& engine) {
+    DesktopPlatform& platform = composition.platform();
+    qmlRegisterType<PictureItem>("Quillmere", 1, 0, "PictureItem");
+    engine.addImageProvider(
+        "thumbnails", new ThumbnailProvider(*platform.photoLibrary(), *platform.avFoundation()));
+    engine.rootContext()->setContextProperty("App", &composition.bridge());
+    engine.load(QUrl("qrc:/qt/qml/Quillmere/Main.qml"));
+    if (engine.rootObjects().isEmpty()) return nullptr;
+    auto* window = qobject_cast<QQuickWindow*>(engine.rootObjects().front());
+    composition.application().setWindow(window);
+    return window;
+}
+
+}  // namespace quillmere

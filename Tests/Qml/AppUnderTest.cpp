@@ -1,0 +1,129 @@
+#include "Tests/Qml/AppUnderTest.h"
+
+#include <QAccessible>
+#include <QElapsedTimer>
+#include <cstdlib>
+
+#include "Tests/TemporaryFolder.h"
+
+namespace quillmere {
+namespace {
+
+constexpr int patience = 60'000;  // milliseconds: for a machine that does other things as well
+
+const TemporaryFolder* home = nullptr;
+
+/// What QML has to complain of is a fault.
+void failOnWarning(QtMsgType type, const QMessageLogContext&, const QString& text) {
+    if (type == QtDebugMsg || type == QtInfoMsg) return;
+    ADD_FAILURE() << text.toStdString();
+}
+
+bool isSeen(const QQuickItem* item) {
+    for (; item; item = item->parentItem()) {
+        if (!item->isVisible() || !item->isEnabled() || item->opacity() < 0.5) return false;
+    }
+    return true;
+}
+
+QQuickItem* findIn(QQuickItem* item, const QString& text) {
+    // What lies on top comes first.
+    const auto children = item->childItems();
+    for (auto child = children.rbegin(); child != children.rend(); ++child) {
+        if (QQuickItem* found = findIn(*child, text)) return found;
+    }
+    const bool isCalled = item->property("text").toString() == text;
+    return isCalled && isSeen(item) && item->width() > 0 ? item : nullptr;
+}
+
+}  // namespace
+
+std::filesystem::path testHome() { return home->path(); }
+
+AppUnderTest& AppUnderTest::shared() {
+    static auto* app = new AppUnderTest;
+    return *app;
+}
+
+AppUnderTest::AppUnderTest() {
+    qInstallMessageHandler(failOnWarning);
+    const auto made = Composition::make();
+    if (!made) {
+        ADD_FAILURE() << made.error().localizedDescription;
+        std::abort();
+    }
+    composition_ = *made;
+    window_ = openMainWindow(*composition_, engine_);
+    if (!window_) std::abort();
+}
+
+bool AppUnderTest::waitUntil(const std::function<bool()>& predicate) {
+    QElapsedTimer time;
+    time.start();
+    while (!predicate()) {
+        if (time.elapsed() > patience) return false;
+        QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 20);
+    }
+    return true;
+}
+
+QQuickItem* AppUnderTest::find(const QString& text) { return findIn(window_->contentItem(), text); }
+
+QPointF AppUnderTest::middleOf(const QQuickItem& item) {
+    return item.mapToScene({item.width() / 2, item.height() / 2});
+}
+
+bool AppUnderTest::click(const QString& text) {
+    if (!waitUntil([&] { return find(text) != nullptr; })) {
+        ADD_FAILURE() << "nothing on the screen is called " << text.toStdString();
+        return false;
+    }
+    // Sheets come and go by moving: the click has to meet what stands.
+    QPointF at;
+    waitUntil([&] {
+        const QQuickItem* item = find(text);
+        const QPointF now = item ? middleOf(*item) : QPointF();
+        const bool stands = item && now == at;
+        at = now;
+        if (!stands) QTest::qWait(50);
+        return stands;
+    });
+    QTest::mouseClick(window_, Qt::LeftButton, {}, at.toPoint());
+    return true;
+}
+
+void AppUnderTest::drag(QPointF from, QPointF to) {
+    QTest::mousePress(window_, Qt::LeftButton, {}, from.toPoint());
+    for (int step = 1; step <= 10; ++step) {
+        QTest::mouseMove(window_, (from + (to - from) * step / 10).toPoint());
+        QTest::qWait(5);
+    }
+    QTest::mouseRelease(window_, Qt::LeftButton, {}, to.toPoint());
+}
+
+void AppUnderTest::press(Qt::Key key) { QTest::keyClick(window_, key); }
+
+}  // namespace quillmere
+
+int main(int argc, char** argv) {
+    testing::InitGoogleTest(&argc, argv);
+    if (testing::GTEST_FLAG(list_tests)) return RUN_ALL_TESTS();
+    const quillmere::TemporaryFolder folder;
+    quillmere::home = &folder;
+    std::filesystem::create_directories(folder / "run");
+    std::filesystem::permissions(folder / "run", std::filesystem::perms::owner_all);
+    for (const char* variable : {"XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_CONFIG_HOME",
+                                 "XDG_STATE_HOME", "DBUS_SESSION_BUS_ADDRESS"}) {
+        unsetenv(variable);
+    }
+    setenv("HOME", folder.path().c_str(), 1);
+    setenv("XDG_RUNTIME_DIR", (folder / "run").c_str(), 1);
+    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    setenv("QT_QUICK_BACKEND", "software", 1);
+    QGuiApplication application(argc, argv);
+    const int code = RUN_ALL_TESTS();
+    // As the application does: what is under way ends with the process.
+    std::filesystem::remove_all(folder.path());
+    std::fflush(nullptr);
+    std::_Exit(code);
+}

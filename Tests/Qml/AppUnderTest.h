@@ -1,0 +1,49 @@
+// The application in its own window, without a screen, driven as a user drives it.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <QGuiApplication>
+#include <QQmlApplicationEngine>
+#include <QQuickItem>
+#include <QQuickWindow>
+#include <QTest>
+#include <filesystem>
+#include <functional>
+
+#include "Desktop/Qml/Composition.h"
+#include "Desktop/Qml/MainWindow.h"
+
+namespace quillmere {
+
+/// One in a process: a test program makes it before its first test, over a home of its own.
+class AppUnderTest {
+public:
+    static AppUnderTest& shared();
+
+    Composition& composition() { return *composition_; }
+    AppBridge& bridge() { return composition_->bridge(); }
+    QQuickWindow& window() { return *window_; }
+
+    /// False if it does not become true within a minute.
+    static bool waitUntil(const std::function<bool()>& predicate);
+    /// The item that shows this text, or is called so, and can be seen; null without one.
+    QQuickItem* find(const QString& text);
+    /// Waits for it, and clicks on its middle. False where it does not come.
+    bool click(const QString& text);
+    void drag(QPointF from, QPointF to);
+    void press(Qt::Key key);
+    static QPointF middleOf(const QQuickItem& item);
+
+private:
+    AppUnderTest();
+
+    Composition* composition_ = nullptr;
+    QQmlApplicationEngine engine_;
+    QQuickWindow* window_ = nullptr;
+};
+
+/// The folder that is the user's home in the test program.
+std::filesystem::path testHome();
+
+}  // namespace quillmere

@@ -1,0 +1,116 @@
+// Pictures of every screen, for whoever looks after the application's looks; see
+// scripts/screenshots. Without a folder to put them into, each screen is only shown: a text that is
+// missing, or a warning of QML's, fails.
+#include "Tests/Desktop/ImageIO/ExifTool.h"
+#include "Tests/Qml/AppUnderTest.h"
+
+namespace quillmere {
+namespace {
+
+namespace fs = std::filesystem;
+
+class Screenshots : public testing::TestWithParam<QSize> {
+protected:
+    Screenshots() {
+        app.window().resize(GetParam());
+        fs::create_directories(testHome() / "Pictures");
+    }
+
+    void take(const std::string& name) {
+        const char* folder = std::getenv("QUILLMERE_SCREENSHOTS");
+        QTest::qWait(folder ? 700 : 50);  // for what moves to stand
+        const QImage image = app.window().grabWindow();
+        EXPECT_FALSE(image.isNull());
+        if (!folder) return;
+        const QString look = app.bridge().appearance();
+        const std::string file =
+            name + "-" + std::to_string(GetParam().width()) + (look == "dark" ? "-dark" : "");
+        EXPECT_TRUE(image.save(qt((fs::path(folder) / (file + ".png")).string())));
+    }
+    bool shows(const char* text) {
+        return app.waitUntil([&] { return app.find(text) != nullptr; });
+    }
+
+    AppUnderTest& app = AppUnderTest::shared();
+};
+
+INSTANTIATE_TEST_SUITE_P(Sizes, Screenshots,
+                         testing::Values(QSize(360, 640), QSize(1120, 780), QSize(1920, 1080)),
+                         [](const auto& size) { return "W" + std::to_string(size.param.width()); });
+
+TEST_P(Screenshots, EveryScreenShowsWhatItMust) {
+    HomeBridge& home = *app.bridge().home();
+    const auto& samples = app.bridge();
+    for (int i = 0; i < 12; ++i) {
+        const QUrl sample = i % 2 ? samples.samplePhoto() : samples.sampleIllustration();
+        fs::copy_file(sample.toLocalFile().toStdString(),
+                      testHome() / "Pictures" / (std::to_string(i) + ".png"));
+    }
+    ASSERT_TRUE(shows("Try a Sample"));
+    take("home");
+
+    home.selectFromLibraryTapped();
+    ASSERT_TRUE(app.composition().platform().photoLibrary()->scan());
+    ASSERT_TRUE(app.waitUntil([&] { return home.library()->count() == 12; }));
+    take("library");
+    home.pickCancelled();
+
+    home.setShowSettings(true);
+    ASSERT_TRUE(shows("1024px"));
+    take("settings");
+    app.bridge().settings()->bugReportTapped();
+    ASSERT_TRUE(shows("Send"));
+    take("inquiry");
+    app.bridge().settings()->setShowsReport(false);
+    home.setShowSettings(false);
+
+    home.cropRowTapped();
+    home.filePicked(samples.samplePhoto());
+    ASSERT_TRUE(shows("16:9"));
+    take("cropper");
+    home.cropper()->cancel();
+    home.cropRowTapped();
+
+    home.photoTapped();
+    ASSERT_TRUE(shows("Original"));
+    take("detail");
+    DetailBridge& detail = *app.bridge().detail();
+    detail.styleTapped(rawValue(EnhanceStyle::high));
+    ASSERT_TRUE(app.waitUntil([&] { return detail.conversionProgress() > 0.2; }));
+    take("converting");
+    ASSERT_TRUE(app.waitUntil([&] { return !detail.isConverting(); }));
+    detail.styleTapped(rawValue(EnhanceStyle::speedGeneral));
+    ASSERT_TRUE(app.waitUntil([&] { return !detail.isConverting() && detail.result().isThere(); }));
+    take("result");
+    detail.formatTapped();
+    ASSERT_TRUE(shows("HEIC"));
+    take("format");
+    detail.closeFormat();
+    detail.mainButtonTapped();
+    ASSERT_TRUE(app.waitUntil([&] { return app.bridge().share() != nullptr; }));
+    ASSERT_TRUE(app.waitUntil([&] { return app.bridge().share()->showsConfetti(); }));
+    QTest::qWait(1600);
+    take("saved");
+    app.bridge().share()->shareImageTapped();
+    ASSERT_TRUE(shows("Copy"));
+    take("share");
+    app.bridge().shareSheet()->close();
+    detail.shareBackgroundTapped();
+    app.bridge().back();
+
+    const auto clip = testHome() / "clip.mp4";
+    outputOf("ffmpeg -v error -y -loop 1 -i " + samples.samplePhoto().toLocalFile().toStdString() +
+             " -t 1 -r 5 -vf scale=400:266 -pix_fmt yuv420p " + clip.string());
+    home.open({QUrl::fromLocalFile(qt(clip.string()))});
+    ASSERT_TRUE(shows("Rapid HQ"));
+    take("video");
+    app.bridge().detail()->styleTapped(rawValue(EnhanceStyle::rapidHQ));
+    ASSERT_TRUE(shows("This style has no preview."));
+    take("video-rapid");
+    app.bridge().detail()->mainButtonTapped();
+    ASSERT_TRUE(app.waitUntil([&] { return app.bridge().preview() != nullptr; }));
+    take("preview");
+}
+
+}  // namespace
+}  // namespace quillmere

@@ -1,0 +1,156 @@
+// The roads of a picture and a video through the real window, over everything real.
+#include <fstream>
+
+#include "Tests/Desktop/ImageIO/ExifTool.h"
+#include "Tests/Qml/AppUnderTest.h"
+
+namespace quillmere {
+namespace {
+
+namespace fs = std::filesystem;
+
+class WindowTest : public testing::Test {
+protected:
+    WindowTest() { fs::create_directories(testHome() / "Pictures"); }
+
+    DetailBridge& detail() { return *app.bridge().detail(); }
+    void openSample() {
+        ASSERT_TRUE(app.click("Photo"));
+        ASSERT_TRUE(app.waitUntil([&] { return app.bridge().detail() != nullptr; }));
+        ASSERT_TRUE(app.waitUntil([&] { return app.find("Fast Drawing") != nullptr; }));
+    }
+    std::vector<LibraryAsset> saved() {
+        auto& library = *app.composition().platform().photoLibrary();
+        EXPECT_TRUE(library.scan());
+        std::vector<LibraryAsset> found;
+        const auto all = library.assets(std::nullopt, 0, 100);
+        for (const LibraryAsset& asset : *all) {
+            if (asset.path.parent_path().filename() == "Quillmere") found.push_back(asset);
+        }
+        return found;
+    }
+    fs::path writePicture(const std::string& name, const std::string& size = "64x48") {
+        const auto file = testHome() / "Pictures" / name;
+        outputOf("ffmpeg -v error -y -f lavfi -i testsrc=size=" + size +
+                 ":rate=1:duration=1 -frames:v 1 " + file.string());
+        return file;
+    }
+
+    AppUnderTest& app = AppUnderTest::shared();
+};
+
+TEST_F(WindowTest, ASampleIsConvertedComparedAndSavedInEachFormat) {
+    openSample();
+    ASSERT_TRUE(app.click("Fast Drawing"));
+    EXPECT_TRUE(detail().isConverting());
+    ASSERT_TRUE(app.waitUntil([&] { return detail().resultSize() == "1804 x 1200"; }));
+    ASSERT_TRUE(app.waitUntil([&] { return !detail().isConverting(); }));
+
+    const double width = app.window().width();
+    const QPointF knob{(width - 340 - 32) / 2, app.window().height() / 2.0};
+    ASSERT_TRUE(app.waitUntil([&] {
+        app.drag(knob, knob - QPointF(100, 0));
+        return detail().slider() < 0.45;
+    }));
+    for (const char* format : {"JPG", "HEIC", "PNG"}) {
+        ASSERT_TRUE(app.click(detail().formatName()));
+        ASSERT_TRUE(app.waitUntil([&] { return detail().format() != nullptr; }));
+        ASSERT_TRUE(app.click(format));
+        ASSERT_TRUE(app.click("Done"));
+        ASSERT_TRUE(app.waitUntil([&] { return detail().formatName() == format; }));
+        ASSERT_TRUE(app.waitUntil([&] { return detail().format() == nullptr; }));
+        ASSERT_TRUE(app.click("Save"));
+        ASSERT_TRUE(app.waitUntil([&] { return app.bridge().share() != nullptr; }));
+        app.press(Qt::Key_Escape);
+        ASSERT_TRUE(app.waitUntil([&] { return app.bridge().share() == nullptr; }));
+    }
+    const auto assets = saved();
+    ASSERT_EQ(assets.size(), 3u);
+    for (const LibraryAsset& asset : assets) {
+        EXPECT_EQ(asset.asset.pixelSize, (PixelSize{1804, 1200})) << asset.path;
+    }
+}
+
+TEST_F(WindowTest, SeveralPicturesAreConvertedAndSavedOneAfterTheOther) {
+    for (const char* name : {"a.png", "b.png", "c.png"}) writePicture(name);
+    EXPECT_TRUE(app.composition().platform().photoLibrary()->scan());
+    ASSERT_TRUE(app.click("Choose Several"));
+    LibraryModel& library = *app.bridge().home()->library();
+    ASSERT_TRUE(app.waitUntil([&] { return library.count() == 3; }));
+    library.toggle(0);
+    library.toggle(2);
+    ASSERT_TRUE(app.click("Add (2)"));
+    ASSERT_TRUE(app.waitUntil([&] { return app.bridge().detail() != nullptr; }));
+    ASSERT_TRUE(app.click("Save"));
+    ASSERT_TRUE(app.click("OK"));
+    EXPECT_EQ(saved().size(), 2u);
+}
+
+TEST_F(WindowTest, ACroppedPictureGoesOnAndACancelledOneDoesNot) {
+    const auto file = writePicture("a.png", "400x300");
+    ASSERT_TRUE(app.click("Crop First"));
+    const auto openFile = [&] {
+        app.bridge().home()->filePicked(QUrl::fromLocalFile(qt(file.string())));
+    };
+    openFile();
+    ASSERT_TRUE(app.click("Cancel"));
+    ASSERT_TRUE(app.waitUntil([&] { return app.bridge().home()->cropper() == nullptr; }));
+    EXPECT_EQ(app.bridge().detail(), nullptr);
+    openFile();
+    ASSERT_TRUE(app.click("1:1"));
+    ASSERT_TRUE(app.click("Done"));
+    ASSERT_TRUE(app.waitUntil([&] { return app.bridge().detail() != nullptr; }));
+    EXPECT_EQ(detail().sourceSize(), "300 x 300");
+}
+
+TEST_F(WindowTest, WhatIsNoPictureIsToldAndOpensNothing) {
+    const auto file = testHome() / "text.png";
+    std::ofstream(file) << "text";
+    app.bridge().home()->filePicked(QUrl::fromLocalFile(qt(file.string())));
+    ASSERT_TRUE(app.click("OK"));
+    app.bridge().home()->open({QUrl::fromLocalFile("/missing.jpg")});
+    ASSERT_TRUE(app.click("OK"));
+    EXPECT_EQ(app.bridge().detail(), nullptr);
+}
+
+TEST_F(WindowTest, AVideoIsConvertedAndSavedAndSuspendCancelsAnother) {
+    const auto file = testHome() / "clip.mp4";
+    outputOf("ffmpeg -v error -f lavfi -i testsrc=size=64x48:rate=10:duration=2 -pix_fmt yuv420p " +
+             file.string());
+    app.bridge().home()->open({QUrl::fromLocalFile(qt(file.string()))});
+    ASSERT_TRUE(app.waitUntil([&] { return app.bridge().detail() != nullptr; }));
+    ASSERT_TRUE(app.click("Convert"));
+    ASSERT_TRUE(app.waitUntil([&] { return app.bridge().preview() != nullptr; }));
+    ASSERT_TRUE(app.click("Save"));
+    ASSERT_TRUE(app.waitUntil([&] { return saved().size() == 1; }));
+    EXPECT_EQ(saved()[0].asset.mediaType, PHAssetMediaType::video);
+    ASSERT_TRUE(app.waitUntil([&] { return app.find("Back") != nullptr; }));
+    app.press(Qt::Key_Escape);
+    ASSERT_TRUE(app.waitUntil([&] { return app.bridge().preview() == nullptr; }));
+
+    ASSERT_TRUE(app.click("Fast Photo"));
+    ASSERT_TRUE(app.waitUntil([&] { return detail().result().isThere(); }));
+    ASSERT_TRUE(app.waitUntil([&] { return !detail().isConverting(); }));
+    ASSERT_TRUE(app.click("Convert"));
+    ASSERT_TRUE(app.waitUntil([&] { return detail().isLoading(); }));
+    app.composition().app().scenePhaseChanged(ScenePhase::background);
+    ASSERT_TRUE(app.click("OK"));
+    EXPECT_FALSE(detail().isLoading());
+    EXPECT_EQ(app.bridge().preview(), nullptr);
+}
+
+TEST_F(WindowTest, TheLimitThatTheSettingsChangeDropsWhatWasMadeUnderTheOld) {
+    app.bridge().home()->open(
+        {QUrl::fromLocalFile(qt(writePicture("big.png", "1400x300").string()))});
+    ASSERT_TRUE(app.waitUntil([&] { return app.bridge().detail() != nullptr; }));
+    EXPECT_TRUE(detail().tooBigNotice().contains("1024"));
+    ASSERT_TRUE(app.click("Size Limit of the Source"));
+    ASSERT_TRUE(app.click("2048px"));
+    app.press(Qt::Key_Escape);
+    ASSERT_TRUE(app.waitUntil([&] { return app.bridge().settings() == nullptr; }));
+    EXPECT_EQ(detail().tooBigNotice(), "");
+    EXPECT_FALSE(detail().result().isThere());
+}
+
+}  // namespace
+}  // namespace quillmere
