@@ -21,26 +21,25 @@ namespace fs = std::filesystem;
 
 constexpr const char* kPeer = "/usr/bin/ffmpeg";
 constexpr int kFramesPerSecond = 30;
-constexpr Rounds kRounds{3, 7, 120.0};
+constexpr Rounds kRounds{3, 7, 60.0};
 const char* const kFailed = "A program failed; it says why on standard error.";
 
 struct Clip {
     PixelSize size;
-    int seconds;
+    int frames;
     std::string rate;  // in bits a second, as the peer takes it
 
     fs::path path() const {
         return fs::temp_directory_path() /
-               ("clip" + std::to_string(size.width) + "-" + std::to_string(seconds) + ".mp4");
+               ("clip" + std::to_string(size.width) + "-" + std::to_string(frames) + ".mp4");
     }
-    int frames() const { return seconds * kFramesPerSecond; }
 };
 
 /// A flight into a Mandelbrot set, with a tone: nothing stands still.
 bool make(const Clip& clip) {
     const std::string size =
         std::to_string(clip.size.width) + "x" + std::to_string(clip.size.height);
-    const std::string length = std::to_string(clip.seconds);
+    const std::string length = std::to_string(static_cast<double>(clip.frames) / kFramesPerSecond);
     return runProgram({kPeer,
                        "-nostdin",
                        "-v",
@@ -103,8 +102,8 @@ void measureBesidePeer(const Setting& setting, const Clip& clip, const std::stri
         }};
     const std::vector<Spread> times = takeTurns(kRounds, contestants);
     if (failed) return table.missing(style, kFailed);
-    table.row({style, figure(times[0], kSeconds), figure(clip.frames() / times[0].median),
-               figure(times[1], kSeconds), figure(clip.frames() / times[1].median),
+    table.row({style, figure(times[0], kSeconds), figure(clip.frames / times[0].median),
+               figure(times[1], kSeconds), figure(clip.frames / times[1].median),
                figure(times[1].median / times[0].median), figure(peak)});
 }
 
@@ -112,7 +111,7 @@ void measurePeers(const Setting& setting) {
     Table table("Videos of 1280 by 720, beside ffmpeg",
                 {"Style", "Ours, s", "Frames a second", "ffmpeg, s", "Frames a second",
                  "Ours of ffmpeg's rate", "Peak, MiB"});
-    const Clip clip{{1280, 720}, 4, "4000000"};
+    const Clip clip{{1280, 720}, 4 * kFramesPerSecond, "4000000"};
     measureBesidePeer(setting, clip, "original", "null", table);
     measureBesidePeer(setting, clip, "rapidHQ", "scale=2560:1440:flags=lanczos", table);
     table.note(
@@ -125,7 +124,7 @@ void measureNetworkShare(const Setting& setting) {
     const std::string style = "speedGeneral";
     Table table("What a network leaves to the rest of a video",
                 {"Style", "Frames", "Job, s", "In the network, s", "Share outside"});
-    const Clip clip{{640, 360}, 1, "1000000"};
+    const Clip clip{{640, 360}, 6, "1000000"};
     const fs::path photo = fs::temp_directory_path() / "frame.jpg";
     const auto written = writePhoto(setting.bundle, clip.size, photo);
     if (!written) return table.missing(style, written.error().localizedDescription);
@@ -144,11 +143,11 @@ void measureNetworkShare(const Setting& setting) {
             double inside = 0;
             failed = failed || cost.outcome.exitCode != 0 ||
                      !(std::istringstream(cost.outcome.output) >> inside);
-            return inside * clip.frames();
+            return inside * clip.frames;
         }};
     const std::vector<Spread> times = takeTurns({3, 3, 0}, contestants);
     if (failed) return table.missing(style, kFailed);
-    table.row({style, std::to_string(clip.frames()), figure(times[0], kSeconds),
+    table.row({style, std::to_string(clip.frames), figure(times[0], kSeconds),
                figure(times[1], kSeconds),
                figure(100 * (1 - times[1].median / times[0].median)) + " %"});
     table.note(
@@ -160,7 +159,7 @@ void measureNetworkShare(const Setting& setting) {
 void measureMemory(const Setting& setting) {
     Table table("Memory for videos of 640 by 360", {"Seconds of video", "Peak, MiB"});
     for (const int seconds : {20, 60}) {
-        const Clip clip{{640, 360}, seconds, "1000000"};
+        const Clip clip{{640, 360}, seconds * kFramesPerSecond, "1000000"};
         const bool made = make(clip);
         const ProgramCost cost = made ? ours(setting, clip, "original") : ProgramCost();
         if (cost.outcome.exitCode != 0) {
