@@ -9,6 +9,8 @@
 namespace quillmere {
 
 QQuickWindow* openMainWindow(Composition& composition, QQmlApplicationEngine& engine) {
+    // The other player of Qt's is not there on every system, and stands still without sound.
+    if (!qEnvironmentVariableIsSet("QT_MEDIA_BACKEND")) qputenv("QT_MEDIA_BACKEND", "ffmpeg");
     DesktopPlatform& platform = composition.platform();
     qmlRegisterType<PictureItem>("Quillmere", 1, 0, "PictureItem");
     engine.addImageProvider(

@@ -27,7 +27,7 @@ public:
 
     /// False if it does not become true within a minute.
     static bool waitUntil(const std::function<bool()>& predicate);
-    /// The item that shows this text, or is called so, and can be seen; null without one.
+    /// The button of this text, or else what shows it, that can be seen; null without one.
     QQuickItem* find(const QString& text);
     /// Waits for it, and clicks on its middle. False where it does not come.
     bool click(const QString& text);

@@ -59,7 +59,7 @@ TEST_P(Screenshots, EveryScreenShowsWhatItMust) {
     ASSERT_TRUE(shows("1024px"));
     take("settings");
     app.bridge().settings()->bugReportTapped();
-    ASSERT_TRUE(shows("Send"));
+    ASSERT_TRUE(shows("Your Question"));
     take("inquiry");
     app.bridge().settings()->setShowsReport(false);
     home.setShowSettings(false);

@@ -115,8 +115,9 @@ TEST_F(WindowTest, WhatIsNoPictureIsToldAndOpensNothing) {
 
 TEST_F(WindowTest, AVideoIsConvertedAndSavedAndSuspendCancelsAnother) {
     const auto file = testHome() / "clip.mp4";
-    outputOf("ffmpeg -v error -f lavfi -i testsrc=size=64x48:rate=10:duration=2 -pix_fmt yuv420p " +
-             file.string());
+    outputOf(
+        "ffmpeg -v error -f lavfi -i testsrc=size=320x240:rate=10:duration=3 -pix_fmt yuv420p " +
+        file.string());
     app.bridge().home()->open({QUrl::fromLocalFile(qt(file.string()))});
     ASSERT_TRUE(app.waitUntil([&] { return app.bridge().detail() != nullptr; }));
     ASSERT_TRUE(app.click("Convert"));
@@ -144,6 +145,9 @@ TEST_F(WindowTest, TheLimitThatTheSettingsChangeDropsWhatWasMadeUnderTheOld) {
         {QUrl::fromLocalFile(qt(writePicture("big.png", "1400x300").string()))});
     ASSERT_TRUE(app.waitUntil([&] { return app.bridge().detail() != nullptr; }));
     EXPECT_TRUE(detail().tooBigNotice().contains("1024"));
+    ASSERT_TRUE(app.click("Fast Drawing"));
+    ASSERT_TRUE(app.waitUntil([&] { return !detail().isConverting(); }));
+    EXPECT_TRUE(detail().result().isThere());
     ASSERT_TRUE(app.click("Size Limit of the Source"));
     ASSERT_TRUE(app.click("2048px"));
     app.press(Qt::Key_Escape);

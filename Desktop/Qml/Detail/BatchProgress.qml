@@ -17,7 +17,7 @@ Item {
     Rectangle {
         anchors.fill: parent
         color: Theme.dim
-        Blocker { }
+        Blocker { enabled: overlay.shown }
     }
     Rectangle {
         anchors.centerIn: parent

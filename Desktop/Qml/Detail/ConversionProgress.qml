@@ -18,7 +18,7 @@ Item {
         color: "#000000"
         opacity: overlay.shown ? 0.45 : 0
         Behavior on opacity { NumberAnimation { duration: Theme.calm } }
-        Blocker { }
+        Blocker { enabled: overlay.shown }
     }
     Rectangle {
         anchors.centerIn: parent

@@ -21,7 +21,7 @@ Item {
         color: "#000000"
         opacity: overlay.shown ? 0.7 : 0
         Behavior on opacity { NumberAnimation { duration: Theme.calm; easing.type: Easing.InQuad } }
-        Blocker { onClicked: App.detail.shareBackgroundTapped() }
+        Blocker { enabled: overlay.shown; onClicked: App.detail.shareBackgroundTapped() }
     }
     Loader {
         id: content

@@ -27,7 +27,7 @@ FocusScope {
         source: screen.preview ? screen.preview.video : ""
         videoOutput: output
         // An output without a device brings the player down.
-        audioOutput: MediaDevices.audioOutputs.length > 0 ? sound.createObject(player) : null
+        audioOutput: devices.audioOutputs.length > 0 ? sound.createObject(player) : null
         loops: loop.checked ? MediaPlayer.Infinite : 1
         Component.onCompleted: play()
     }
@@ -81,7 +81,7 @@ FocusScope {
             IconButton { id: loop; symbol: "loop"; text: App.text("Loop"); checkable: true }
             IconButton {
                 id: mute
-                visible: MediaDevices.audioOutputs.length > 0
+                visible: devices.audioOutputs.length > 0
                 symbol: checked ? "mute" : "sound"
                 text: App.text("Mute")
                 checkable: true
