@@ -45,7 +45,8 @@ opened() {
     click 800 270
     sleep 0.5
     # The button to save is blue.
-    [[ $(import -window root -crop 1x1+900+722 txt:- | tail -1) == *"#1F62D8"* ]]
+    picture now
+    [[ $(convert "$HOME/now.png" -crop 1x1+900+722 txt:-) == *"#1F62D8"* ]]
 }
 saved() {
     click 970 735
