@@ -5,6 +5,7 @@
 
 #include "Desktop/Qml/Home/ThumbnailProvider.h"
 #include "Desktop/Qml/Pictures/PictureItem.h"
+#include "Desktop/Qml/Pictures/VideoItem.h"
 
 namespace quillmere {
 
@@ -13,6 +14,7 @@ QQuickWindow* openMainWindow(Composition& composition, QQmlApplicationEngine& en
     if (!qEnvironmentVariableIsSet("QT_MEDIA_BACKEND")) qputenv("QT_MEDIA_BACKEND", "ffmpeg");
     DesktopPlatform& platform = composition.platform();
     qmlRegisterType<PictureItem>("Quillmere", 1, 0, "PictureItem");
+    qmlRegisterType<VideoItem>("Quillmere", 1, 0, "VideoItem");
     engine.addImageProvider(
         "thumbnails", new ThumbnailProvider(*platform.photoLibrary(), *platform.avFoundation()));
     engine.rootContext()->setContextProperty("App", &composition.bridge());

@@ -109,6 +109,7 @@ TEST_P(Screenshots, EveryScreenShowsWhatItMust) {
     take("video-rapid");
     app.bridge().detail()->mainButtonTapped();
     ASSERT_TRUE(app.waitUntil([&] { return app.bridge().preview() != nullptr; }));
+    QTest::qWait(300);  // for its first frame
     take("preview");
 }
 

@@ -116,12 +116,23 @@ TEST_F(WindowTest, WhatIsNoPictureIsToldAndOpensNothing) {
 TEST_F(WindowTest, AVideoIsConvertedAndSavedAndSuspendCancelsAnother) {
     const auto file = testHome() / "clip.mp4";
     outputOf(
-        "ffmpeg -v error -f lavfi -i testsrc=size=320x240:rate=10:duration=3 -pix_fmt yuv420p " +
+        "ffmpeg -v error -f lavfi -i color=0x40a060:size=320x240:rate=10:duration=3 "
+        "-vf scale=out_color_matrix=bt709,format=yuv420p -colorspace bt709 -metadata:s:v "
+        "rotate=90 " +
         file.string());
     app.bridge().home()->open({QUrl::fromLocalFile(qt(file.string()))});
     ASSERT_TRUE(app.waitUntil([&] { return app.bridge().detail() != nullptr; }));
     ASSERT_TRUE(app.click("Convert"));
     ASSERT_TRUE(app.waitUntil([&] { return app.bridge().preview() != nullptr; }));
+    const auto colour = [&](int fromTheMiddle) {
+        const QPoint at(app.window().width() / 2 + fromTheMiddle, app.window().height() / 2);
+        return app.window().grabWindow().pixelColor(at);
+    };
+    ASSERT_TRUE(app.waitUntil([&] { return colour(0) != QColor(Qt::black); }));
+    EXPECT_NEAR(colour(0).red(), 0x40, 5);
+    EXPECT_NEAR(colour(0).green(), 0xa0, 5);
+    EXPECT_NEAR(colour(0).blue(), 0x60, 5);
+    EXPECT_EQ(colour(-300), QColor(Qt::black)) << "it lies on its side";
     ASSERT_TRUE(app.click("Save"));
     ASSERT_TRUE(app.waitUntil([&] { return saved().size() == 1; }));
     EXPECT_EQ(saved()[0].asset.mediaType, PHAssetMediaType::video);

@@ -12,16 +12,18 @@ namespace quillmere {
 class PreviewBridge final : public Bridge {
     Q_OBJECT
     Q_PROPERTY(QUrl video READ video CONSTANT)
+    Q_PROPERTY(double rotation READ rotation CONSTANT)
     Q_PROPERTY(quillmere::AlertBridge* alert READ alert CONSTANT)
     Q_PROPERTY(int confirmationMilliseconds READ confirmationMilliseconds CONSTANT)
 
 public:
     explicit PreviewBridge(std::shared_ptr<VideoPreviewViewModel> vm)
-        : vm_(std::move(vm)), alert_(vm_->alert) {
+        : vm_(std::move(vm)), rotation_(vm_->rotation()), alert_(vm_->alert) {
         watch(vm_->confirmation, &PreviewBridge::confirm);
     }
 
     QUrl video() const { return QUrl::fromLocalFile(qt(vm_->videoUrl().string())); }
+    double rotation() const { return rotation_; }
     AlertBridge* alert() { return &alert_; }
     int confirmationMilliseconds() const {
         return static_cast<int>(VideoPreviewViewModel::confirmationSeconds * 1000);
@@ -39,6 +41,7 @@ private:
     }
 
     std::shared_ptr<VideoPreviewViewModel> vm_;
+    double rotation_;
     AlertBridge alert_;
 };
 

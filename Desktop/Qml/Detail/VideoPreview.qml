@@ -3,6 +3,7 @@ import QtQuick
 import QtQuick.Controls.Basic
 import QtQuick.Layouts
 import QtMultimedia
+import Quillmere
 import "../Common"
 
 FocusScope {
@@ -49,10 +50,14 @@ FocusScope {
             Layout.fillWidth: true
             Layout.fillHeight: true
             color: "#000000"
-            VideoOutput {
+            // The player leaves frames as they are stored.
+            VideoItem {
                 id: output
-                anchors.fill: parent
-                fillMode: VideoOutput.PreserveAspectFit
+                readonly property bool lies: Math.abs(rotation % 180) === 90
+                anchors.centerIn: parent
+                width: lies ? parent.height : parent.width
+                height: lies ? parent.width : parent.height
+                rotation: screen.preview ? screen.preview.rotation : 0
             }
             TapHandler { onTapped: screen.toggle() }
         }
@@ -89,6 +94,8 @@ FocusScope {
         }
         RowLayout {
             Layout.fillWidth: true
+            Layout.maximumWidth: 560
+            Layout.alignment: Qt.AlignHCenter
             Layout.margins: Theme.l
             Layout.topMargin: 0
             spacing: Theme.m

@@ -150,7 +150,8 @@ FocusScope {
         }
         Flow {
             Layout.alignment: Qt.AlignHCenter
-            Layout.maximumWidth: cropper.width - 2 * Theme.l
+            // A flow asks for no more than the square root of its parts' area.
+            Layout.preferredWidth: Math.min(cropper.width - 2 * Theme.l, 640)
             spacing: Theme.s
             Tool { symbol: "rotateLeft"; text: App.text("RotateLeft"); onClicked: cropper.crop.rotateCounterclockwise() }
             Tool { symbol: "rotateRight"; text: App.text("RotateRight"); onClicked: cropper.crop.rotateClockwise() }

@@ -13,7 +13,8 @@ FocusScope {
         id: sample
         property string picture
         Layout.fillWidth: true
-        Layout.preferredHeight: width * 0.62
+        Layout.preferredWidth: 1
+        Layout.preferredHeight: (column.width - Theme.l) / 2 * 0.62
         hoverEnabled: true
         focusPolicy: Qt.StrongFocus
         Accessible.name: text
@@ -22,9 +23,8 @@ FocusScope {
         background: Rectangle {
             radius: Theme.radiusL
             color: Theme.picture
-            FocusRing { target: sample }
             Image {
-                anchors { fill: parent; margins: 1 }
+                anchors.fill: parent
                 source: sample.picture
                 fillMode: Image.PreserveAspectCrop
                 sourceSize: Qt.size(700, 460)
@@ -32,6 +32,15 @@ FocusScope {
                 scale: sample.hovered ? 1.02 : 1
                 Behavior on scale { NumberAnimation { duration: Theme.calm } }
             }
+            // Rounds the picture's corners, by what lies around it.
+            Rectangle {
+                readonly property int around: 8
+                anchors { fill: parent; margins: -around }
+                radius: Theme.radiusL + around
+                color: "transparent"
+                border { color: Theme.background; width: around }
+            }
+            FocusRing { target: sample }
             Rectangle {
                 anchors { left: parent.left; bottom: parent.bottom; margins: Theme.m }
                 width: name.width + 2 * Theme.m

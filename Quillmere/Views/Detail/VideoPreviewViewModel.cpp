@@ -1,6 +1,8 @@
 #include "Quillmere/Views/Detail/VideoPreviewViewModel.h"
 
 #include <algorithm>
+#include <cmath>
+#include <numbers>
 
 #include "Quillmere/Models/Services/AnalyticsEvents.h"
 #include "Quillmere/Models/Services/PreferenceKeys.h"
@@ -13,6 +15,14 @@ constexpr double usualSide = 1024;          // pixels
 constexpr std::int64_t highLimitIndex = 1;  // of `resolutionLimitIndexKey`
 
 }  // namespace
+
+double VideoPreviewViewModel::rotation() const {
+    const AVAssetRef asset = ports_.avFoundation.assetWithURL(videoUrl_);
+    const auto tracks = asset->tracksWithMediaType(AVMediaType::video);
+    if (tracks.empty()) return 0;
+    const AffineTransform upright = tracks.front()->preferredTransform();
+    return std::atan2(upright.b, upright.a) * 180 / std::numbers::pi;
+}
 
 void VideoPreviewViewModel::saveTapped() {
     ports_.photoLibrary.performChanges(

@@ -48,6 +48,8 @@ public:
     Published<std::optional<std::string>> confirmation;
 
     const std::filesystem::path& videoUrl() const { return videoUrl_; }
+    /// How far its frames are to be turned with the clock, in degrees, to be seen upright.
+    double rotation() const;
 
     void saveTapped();
     void shareTapped();
