@@ -118,7 +118,7 @@ TEST_F(WindowTest, AVideoIsConvertedAndSavedAndSuspendCancelsAnother) {
     const auto stored = testHome() / "stored.mp4";
     outputOf(
         "ffmpeg -v error -f lavfi -i color=0x40a060:size=320x240:rate=10:duration=3 "
-        "-vf scale=out_color_matrix=bt709,format=yuv420p -colorspace bt709 " +
+        "-vf format=gbrp,scale=out_color_matrix=bt709,format=yuv420p -colorspace bt709 " +
         stored.string());
     outputOf("ffmpeg -v error -i " + stored.string() + " -c copy -metadata:s:v rotate=90 " +
              file.string());
