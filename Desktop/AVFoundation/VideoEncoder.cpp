@@ -20,6 +20,9 @@ constexpr double longestSide = 16384;
 constexpr const char* preset = "veryfast";
 // Where nobody asks for a data rate: next to nothing of the picture is lost.
 constexpr const char* constantQuality = "18";
+// The coarsest steps. Beyond them nothing of a picture is left: a clip of a few kilobits a second,
+// of a still screen, say, would begin grey. It becomes a little larger instead.
+constexpr int coarsestQuantizer = 44;
 
 // With chroma from every pixel: from pairs, an odd width would take one from beyond its row.
 constexpr int scalingQuality = SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INP;
@@ -74,6 +77,7 @@ int VideoEncoder::open(const CMSampleBuffer& first) {
     codec_->color_trc = AVCOL_TRC_BT709;
     codec_->colorspace = AVCOL_SPC_BT709;
     codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+    codec_->qmax = coarsestQuantizer;
     av_opt_set(codec_->priv_data, "preset", preset, 0);
     if (std::isfinite(settings_.averageBitRate) && settings_.averageBitRate > 0) {
         constexpr float least = 1000, most = 2e9f;
