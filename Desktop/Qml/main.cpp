@@ -1,4 +1,5 @@
 // The application with windows.
+#include <QCommandLineParser>
 #include <QDir>
 #include <QFileInfo>
 #include <QGuiApplication>
@@ -7,9 +8,11 @@
 #include <QQuickWindow>
 #include <QTimer>
 #include <QUrl>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <string>
 
 #include "Desktop/Qml/MainWindow.h"
 #include "Desktop/Qml/Platform/DesktopShell.h"
@@ -20,10 +23,25 @@ namespace {
 
 using namespace quillmere;
 
-QList<QUrl> filesIn(const QStringList& arguments) {
+/// Qt would end the process with a riddle.
+bool hasDisplay(int argc, char** argv) {
+    for (const char* variable : {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"}) {
+        if (qEnvironmentVariableIsSet(variable)) return true;
+    }
+    return std::any_of(argv, argv + argc,
+                       [](const char* argument) { return argument == std::string("-platform"); });
+}
+
+/// Ends the process where the arguments ask for no window, or are none of ours.
+QList<QUrl> filesOf(const QGuiApplication& application) {
+    QCommandLineParser parser;
+    parser.setApplicationDescription("Enlarges and sharpens pictures and videos.");
+    parser.addHelpOption();
+    parser.addVersionOption();
+    parser.addPositionalArgument("files", "Pictures, or a video, to open.", "[files...]");
+    parser.process(application);
     QList<QUrl> files;
-    for (const QString& argument : arguments.mid(1)) {
-        if (argument.startsWith('-')) continue;
+    for (const QString& argument : parser.positionalArguments()) {
         files << QUrl::fromUserInput(argument, QDir::currentPath(), QUrl::AssumeLocalFile);
     }
     return files;
@@ -62,12 +80,16 @@ int fail(const std::string& sentence) {
 }  // namespace
 
 int main(int argc, char** argv) {
+    if (!hasDisplay(argc, argv)) {
+        return fail("There is no display. quillmere-cli does the same work without one.");
+    }
     QGuiApplication qt(argc, argv);
     QGuiApplication::setApplicationName("quillmere");
     QGuiApplication::setApplicationDisplayName("Quillmere");
+    QGuiApplication::setApplicationVersion(QUILLMERE_VERSION);
     QGuiApplication::setDesktopFileName("quillmere");
     QGuiApplication::setWindowIcon(QIcon(":/qt/qml/Quillmere/Icons/quillmere.svg"));
-    const QList<QUrl> files = filesIn(QGuiApplication::arguments());
+    const QList<QUrl> files = filesOf(qt);
     if (SingleInstance::handOver(files)) return EXIT_SUCCESS;
 
     const auto made = Composition::make();
