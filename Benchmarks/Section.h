@@ -37,5 +37,6 @@ void measureWarmUp(const Setting& setting);
 void measureScaler(const Setting& setting);
 void measureScalerQuality(const Setting& setting);
 void measureVideos(const Setting& setting);
+void measureWindow(const Setting& setting);
 
 }  // namespace quillmere::benchmark

@@ -38,6 +38,7 @@ const Section kSections[] = {
     {"events", measureEvents, "what recording an event costs its caller"},
     {"scaler", measureScaler, "video frames, beside swscale"},
     {"video", measureVideos, "whole videos by the command line, beside ffmpeg: time and memory"},
+    {"window", measureWindow, "the application's window: its start, its memory, its frames"},
     {"scaler-quality", measureScalerQuality, "what enlarged video frames keep of the truth"},
 };
 

@@ -7,6 +7,7 @@
 #include <QSaveFile>
 #include <QStandardPaths>
 #include <QUrl>
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
 
@@ -24,7 +25,11 @@ public:
     QString errorString() const override {
         return image.isNull() ? QStringLiteral("no thumbnail") : QString();
     }
+    /// It scrolled out of sight before its turn came.
+    void cancel() override { isCancelled = true; }
+
     QImage image;
+    std::atomic<bool> isCancelled = false;
 };
 
 /// Where the standard keeps the thumbnail of a file.
@@ -89,7 +94,7 @@ QQuickImageResponse* ThumbnailProvider::requestImageResponse(const QString& iden
                                                              const QSize&) {
     auto* response = new Response;
     threads_.start([this, identifier, response] {
-        response->image = thumbnailOf(identifier);
+        if (!response->isCancelled) response->image = thumbnailOf(identifier);
         emit response->finished();
     });
     return response;
