@@ -1,5 +1,8 @@
 // The roads of a picture and a video through the real window, over everything real.
+#include <QStyleHints>
+#include <cstdlib>
 #include <fstream>
+#include <utility>
 
 #include "Tests/Desktop/ImageIO/ExifTool.h"
 #include "Tests/Qml/AppUnderTest.h"
@@ -8,6 +11,22 @@ namespace quillmere {
 namespace {
 
 namespace fs = std::filesystem;
+
+/// Pictures that are the same to a user: a repainted part may differ in a column of pixels.
+bool alike(const QImage& one, const QImage& other) {
+    const auto small = [](const QImage& image) {
+        return image.scaled(80, 80, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+            .convertToFormat(QImage::Format_Grayscale8);
+    };
+    const QImage a = small(one);
+    const QImage b = small(other);
+    for (int y = 0; y < a.height(); ++y) {
+        for (int x = 0; x < a.width(); ++x) {
+            if (std::abs(qGray(a.pixel(x, y)) - qGray(b.pixel(x, y))) > 12) return false;
+        }
+    }
+    return true;
+}
 
 class WindowTest : public testing::Test {
 protected:
@@ -28,6 +47,16 @@ protected:
             if (asset.path.parent_path().filename() == "Quillmere") found.push_back(asset);
         }
         return found;
+    }
+    /// What it shows when nothing moves any more.
+    QImage stillWindow() {
+        QImage now;
+        EXPECT_TRUE(app.waitUntil([&] {
+            const QImage before = std::exchange(now, app.window().grabWindow());
+            QTest::qWait(200);
+            return now == before;
+        }));
+        return now;
     }
     fs::path writePicture(const std::string& name, const std::string& size = "64x48") {
         const auto file = testHome() / "Pictures" / name;
@@ -52,9 +81,20 @@ TEST_F(WindowTest, ASampleIsConvertedComparedAndSavedInEachFormat) {
         app.drag(knob, knob - QPointF(100, 0));
         return detail().slider() < 0.45;
     }));
+    // A double click shows every pixel; another one, all of the picture again, where it was.
+    const QImage whole = stillWindow();
+    const auto doubleClick = [&] {
+        // Else it would be a click more of the one before.
+        QTest::qWait(QGuiApplication::styleHints()->mouseDoubleClickInterval() + 100);
+        QTest::mouseDClick(&app.window(), Qt::LeftButton, {}, (knob / 2).toPoint());
+    };
+    doubleClick();
+    ASSERT_TRUE(app.waitUntil([&] { return !alike(app.window().grabWindow(), whole); }));
+    doubleClick();
+    EXPECT_TRUE(app.waitUntil([&] { return alike(app.window().grabWindow(), whole); }));
     for (const char* format : {"JPG", "HEIC", "PNG"}) {
         ASSERT_TRUE(app.click(detail().formatName()));
-        ASSERT_TRUE(app.waitUntil([&] { return detail().format() != nullptr; }));
+        ASSERT_TRUE(app.waitUntil([&] { return app.find("Done") != nullptr; }));
         ASSERT_TRUE(app.click(format));
         ASSERT_TRUE(app.click("Done"));
         ASSERT_TRUE(app.waitUntil([&] { return detail().formatName() == format; }));

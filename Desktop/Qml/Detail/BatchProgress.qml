@@ -7,6 +7,10 @@ Item {
 
     property bool shown: false
     property real progress: 0
+    // The work is reset when it ends: what was reached stays until the overlay is gone.
+    property real reached: 0
+    onProgressChanged: if (shown) reached = progress
+    onShownChanged: if (shown) reached = progress
 
     visible: opacity > 0
     opacity: shown ? 1 : 0
@@ -32,10 +36,10 @@ Item {
                 anchors.horizontalCenter: parent.horizontalCenter
                 size: 84
                 thickness: 10
-                progress: Math.max(0, overlay.progress)
+                progress: Math.max(0, overlay.reached)
                 Text {
                     anchors.centerIn: parent
-                    text: App.percentage(Math.max(0, overlay.progress))
+                    text: App.percentage(Math.max(0, overlay.reached))
                     color: Theme.text
                     font.pixelSize: Theme.headline
                     font.weight: Font.DemiBold

@@ -7,6 +7,10 @@ Item {
 
     property bool shown: false
     property real progress: 0
+    // The work is reset when it ends: what was reached stays until the overlay is gone.
+    property real reached: 0
+    onProgressChanged: if (shown) reached = progress
+    onShownChanged: if (shown) reached = progress
 
     visible: dim.opacity > 0
     Accessible.role: Accessible.ProgressBar
@@ -45,10 +49,10 @@ Item {
             }
             ProgressRing {
                 anchors.horizontalCenter: parent.horizontalCenter
-                progress: overlay.progress
+                progress: overlay.reached
                 Text {
                     anchors.centerIn: parent
-                    text: App.percentage(overlay.progress)
+                    text: App.percentage(overlay.reached)
                     color: Theme.text
                     font.pixelSize: 38
                     font.weight: Font.Bold

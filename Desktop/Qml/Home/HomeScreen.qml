@@ -23,14 +23,18 @@ FocusScope {
         background: Rectangle {
             radius: Theme.radiusL
             color: Theme.picture
-            Image {
+            Item {
                 anchors.fill: parent
-                source: sample.picture
-                fillMode: Image.PreserveAspectCrop
-                sourceSize: Qt.size(700, 460)
-                asynchronous: true
-                scale: sample.hovered ? 1.02 : 1
-                Behavior on scale { NumberAnimation { duration: Theme.calm } }
+                clip: true
+                Image {
+                    anchors.fill: parent
+                    source: sample.picture
+                    fillMode: Image.PreserveAspectCrop
+                    sourceSize: Qt.size(700, 460)
+                    asynchronous: true
+                    scale: sample.hovered ? 1.02 : 1
+                    Behavior on scale { NumberAnimation { duration: Theme.calm } }
+                }
             }
             // Rounds the picture's corners, by what lies around it.
             Rectangle {

@@ -3,6 +3,7 @@
 #include <QPointer>
 #include <QQuickWindow>
 #include <QSGImageNode>
+#include <QSGTransformNode>
 #include <QThreadPool>
 #include <algorithm>
 #include <cmath>
@@ -16,8 +17,9 @@ namespace {
 
 constexpr int tileSide = 512;
 
-/// The tiles that are on the screen, each with its texture.
-class TilesNode final : public QSGNode {
+/// The tiles that are on the screen, each with its texture. It moves nothing, but Qt's software
+/// renderer places new children by the last node above them that could.
+class TilesNode final : public QSGTransformNode {
 public:
     struct Key {
         std::size_t level;
