@@ -1,7 +1,11 @@
 // The roads of a picture and a video through the real window, over everything real.
+#include <QClipboard>
+#include <QMimeData>
 #include <QStyleHints>
 #include <cstdlib>
 #include <fstream>
+#include <functional>
+#include <memory>
 #include <utility>
 
 #include "Tests/Desktop/ImageIO/ExifTool.h"
@@ -141,6 +145,48 @@ TEST_F(WindowTest, ACroppedPictureGoesOnAndACancelledOneDoesNot) {
     ASSERT_TRUE(app.click("Done"));
     ASSERT_TRUE(app.waitUntil([&] { return app.bridge().detail() != nullptr; }));
     EXPECT_EQ(detail().sourceSize(), "300 x 300");
+}
+
+TEST_F(WindowTest, APictureOpensHoweverItIsBrought) {
+    const QUrl url = QUrl::fromLocalFile(qt(writePicture("a.png", "120x80").string()));
+    const auto urls = [&] {
+        auto data = std::make_unique<QMimeData>();
+        data->setUrls({url});
+        return data;
+    };
+    const auto paste = [&] { QTest::keySequence(&app.window(), QKeySequence::Paste); };
+    const std::pair<const char*, std::function<void()>> ways[] = {
+        {"dropped on the window",
+         [&] {
+             const auto data = urls();
+             QDragEnterEvent enter({90, 90}, Qt::CopyAction, data.get(), Qt::LeftButton, {});
+             QCoreApplication::sendEvent(&app.window(), &enter);
+             QDropEvent drop({90, 90}, Qt::CopyAction, data.get(), Qt::LeftButton, {});
+             QCoreApplication::sendEvent(&app.window(), &drop);
+         }},
+        {"copied as a file",
+         [&] {
+             QGuiApplication::clipboard()->setMimeData(urls().release());
+             paste();
+         }},
+        {"copied as pixels",
+         [&] {
+             QGuiApplication::clipboard()->setImage(QImage(120, 80, QImage::Format_RGB32));
+             paste();
+         }},
+        {"opened with the application", [&] { app.bridge().openFiles({url}); }},
+    };
+    ASSERT_TRUE(app.waitUntil([&] { return app.window().isExposed(); }));
+    for (const auto& [name, bring] : ways) {
+        bring();
+        ASSERT_TRUE(app.waitUntil([&] { return app.bridge().detail() != nullptr; })) << name;
+        ASSERT_TRUE(app.waitUntil([&] { return app.find("Fast Drawing") != nullptr; })) << name;
+        EXPECT_EQ(detail().sourceSize(), "120 x 80") << name;
+        ASSERT_TRUE(app.waitUntil([&] {
+            app.press(Qt::Key_Escape);
+            return app.bridge().detail() == nullptr;
+        })) << name;
+    }
 }
 
 TEST_F(WindowTest, WhatIsNoPictureIsToldAndOpensNothing) {
