@@ -1,10 +1,13 @@
 // Decoded frames of any kind as pixel buffers of one kind.
 #pragma once
 
+#include <memory>
 #include <optional>
 
 #include "Base/Result.h"
+#include "Desktop/AVFoundation/DecodedFrame.h"
 #include "Desktop/AVFoundation/FFmpegHandles.h"
+#include "Desktop/AVFoundation/LayoutScaler.h"
 #include "Desktop/AVFoundation/MatrixChange.h"
 #include "Desktop/AVFoundation/PixelBufferPool.h"
 #include "Desktop/AVFoundation/StandardColour.h"
@@ -12,44 +15,28 @@
 namespace quillmere {
 
 /// Brings size, bits, matrix, range and colours to those of the format; transparency is left out.
-/// A frame without a matrix counts as BT.709 if it is high definition, as BT.601 otherwise. One
-/// thread.
+/// One thread.
 class FrameConverter {
 public:
-    FrameConverter(PixelSize size, CVPixelFormat format) : pool_(size, format) {}
+    FrameConverter(PixelSize size, CVPixelFormat format)
+        : target_(FrameLayout::of(size, format)), pool_(size, format) {}
 
-    /// Shares the frame's pixels where they are what is asked for.
+    /// Shares the frame's pixels where they are what is asked for. As RGB, a frame in standard
+    /// colours is only the backing of its buffer: converted when somebody asks for its pixels.
     Result<CVPixelBufferRef> convert(const AVFrame& frame);
 
 private:
-    /// What a scaler was made for.
-    struct Layout {
-        PixelSize size;
-        AVPixelFormat format = AV_PIX_FMT_NONE;
-        AVColorSpace matrix = AVCOL_SPC_BT709;
-        bool isFullRange = true;
-
-        friend bool operator==(const Layout&, const Layout&) = default;
-    };
-    struct Scaler {
-        Layout from, to;
-        SwsContextRef context;
-    };
-
-    static Layout layoutOf(const AVFrame& frame);
-    Layout target() const;
-    /// 0, or an error of FFmpeg.
-    static int scale(Scaler& scaler, const AVFrame& from, const Layout& source, AVFrame& to,
-                     const Layout& result);
     void updateColour(const AVFrame& frame);
-    std::optional<MatrixChange> matrixChange(const Layout& source) const;
-    Result<CVPixelBufferRef> mapColours(const AVFrame& frame, const Layout& source);
+    std::optional<MatrixChange> matrixChange(const FrameLayout& source) const;
+    Result<CVPixelBufferRef> mapColours(const AVFrame& frame, const FrameLayout& source);
 
+    FrameLayout target_;
     PixelBufferPool pool_;
-    Scaler scaler_;
+    std::shared_ptr<SharedScaler> shared_ = std::make_shared<SharedScaler>();
+    LayoutScaler scaler_;
     MovieColour colour_;
     std::optional<StandardColour> standardColour_;
-    Scaler wideScaler_;
+    LayoutScaler wideScaler_;
     AVFrameRef wide_;  // 16 bits a channel, in the movie's own colours
     std::optional<PixelBufferPool> mapped_;
 };

@@ -22,6 +22,9 @@ AVFrameRef frameSharing(const CVPixelBufferRef& buffer) {
     frame->format = pixelFormatOf(buffer->format());
     frame->width = buffer->size().width;
     frame->height = buffer->size().height;
+    const bool isRGB = buffer->planeCount() == 1;
+    frame->colorspace = isRGB ? AVCOL_SPC_RGB : AVCOL_SPC_BT709;
+    frame->color_range = isRGB ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
     for (std::size_t plane = 0; plane < buffer->planeCount(); ++plane) {
         frame->data[plane] = const_cast<std::uint8_t*>(buffer->baseAddressOfPlane(plane));
         frame->linesize[plane] = static_cast<int>(buffer->bytesPerRowOfPlane(plane));

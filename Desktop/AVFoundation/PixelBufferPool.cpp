@@ -47,6 +47,7 @@ std::shared_ptr<CVPixelBuffer> PixelBufferPool::createPixelBuffer() {
                     std::unique_ptr<CVPixelBuffer> back(used);
                     const auto free = weak.lock();
                     if (!free) return;
+                    back->setBacking(nullptr);  // with a frame's memory
                     const std::lock_guard lock(free->mutex);
                     free->buffers.push_back(std::move(back));
                 }};

@@ -8,6 +8,7 @@
 #include "Desktop/AVFoundation/PixelBufferFrame.h"
 
 extern "C" {
+#include <libavutil/imgutils.h>
 #include <libavutil/opt.h>
 }
 
@@ -23,9 +24,6 @@ constexpr const char* constantQuality = "18";
 // The coarsest steps. Beyond them nothing of a picture is left: a clip of a few kilobits a second,
 // of a still screen, say, would begin grey. It becomes a little larger instead.
 constexpr int coarsestQuantizer = 44;
-
-// With chroma from every pixel: from pairs, an odd width would take one from beyond its row.
-constexpr int scalingQuality = SWS_BICUBIC | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INP;
 
 /// Repeats the last column and row of a picture that is one less than the planes.
 void repeatEdges(AVFrame& frame, PixelSize picture) {
@@ -57,6 +55,7 @@ VideoEncoder::VideoEncoder(const AVVideoOutputSettings& settings, const AffineTr
                            const MediaTime& sessionStart, MovieMuxer& muxer)
     : settings_(settings),
       size_(*frameSize(settings)),
+      converter_(size_, CVPixelFormat::yCbCr8Planar420),
       transform_(transform),
       sessionStart_(sessionStart),
       muxer_(muxer),
@@ -124,36 +123,32 @@ void VideoEncoder::noteDuration(const CMSampleBuffer& sample, std::int64_t time)
 
 /// A frame for the encoder. Null if memory ran out.
 AVFrameRef VideoEncoder::prepare(const CVPixelBufferRef& image) {
-    AVFrameRef source = frameSharing(image);
-    if (!source) return nullptr;
-    const bool isReady = source->format == AV_PIX_FMT_YUV420P && source->width == codec_->width &&
-                         source->height == codec_->height;
-    if (isReady) return source;
-    AVFrameRef frame(av_frame_alloc());
-    if (!frame) return nullptr;
-    frame->format = AV_PIX_FMT_YUV420P;
-    frame->width = codec_->width;
-    frame->height = codec_->height;
-    if (av_frame_get_buffer(frame.get(), 0) < 0 || convert(*source, *frame) < 0) return nullptr;
-    repeatEdges(*frame, size_);
-    return frame;
+    AVFrameRef pixels;
+    const auto* decoded = dynamic_cast<const DecodedFrame*>(image->backing().get());
+    if (!decoded && !(pixels = frameSharing(image))) return nullptr;
+    const auto planar = converter_.convert(decoded ? decoded->frame() : *pixels);
+    if (!planar) return nullptr;
+    AVFrameRef frame = frameSharing(*planar);
+    const bool isEven = size_.width % 2 == 0 && size_.height % 2 == 0;
+    return !frame || isEven ? std::move(frame) : padded(std::move(frame));
 }
 
-int VideoEncoder::convert(const AVFrame& from, AVFrame& to) {
-    const PixelSize size{from.width, from.height};
-    if (!scaler_ || scalerSize_ != size || scalerFormat_ != from.format) {
-        scaler_.reset(sws_getContext(
-            from.width, from.height, static_cast<AVPixelFormat>(from.format), size_.width,
-            size_.height, AV_PIX_FMT_YUV420P, scalingQuality, nullptr, nullptr, nullptr));
-        if (!scaler_) return AVERROR(ENOMEM);
-        const int* matrix = sws_getCoefficients(SWS_CS_ITU709);
-        constexpr int one = 1 << 16;
-        const bool isFullRange = from.format != AV_PIX_FMT_YUV420P;
-        sws_setColorspaceDetails(scaler_.get(), matrix, isFullRange, matrix, 0, 0, one, one);
-        scalerSize_ = size;
-        scalerFormat_ = from.format;
+/// With even sides. Null if memory ran out.
+AVFrameRef VideoEncoder::padded(AVFrameRef picture) const {
+    AVFrameRef frame(av_frame_alloc());
+    if (!frame) return nullptr;
+    frame->format = picture->format;
+    frame->width = codec_->width;
+    frame->height = codec_->height;
+    if (av_frame_get_buffer(frame.get(), 0) < 0) return nullptr;
+    for (int plane = 0; plane < 3; ++plane) {
+        const PixelSize own = CVPixelBuffer::sizeOfPlane(size_, CVPixelFormat::yCbCr8Planar420,
+                                                         static_cast<std::size_t>(plane));
+        av_image_copy_plane(frame->data[plane], frame->linesize[plane], picture->data[plane],
+                            picture->linesize[plane], own.width, own.height);
     }
-    return sws_scale(scaler_.get(), from.data, from.linesize, 0, from.height, to.data, to.linesize);
+    repeatEdges(*frame, size_);
+    return frame;
 }
 
 /// Null is the end. What comes out of the encoder goes to the muxer.

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <bit>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -10,6 +9,7 @@
 
 #include "Base/Invariant.h"
 #include "Desktop/CoreImage/ImageNode.h"
+#include "Desktop/CoreImage/PixelBufferNode.h"
 
 namespace quillmere {
 namespace {
@@ -19,17 +19,6 @@ constexpr std::size_t bandBytes = 256 << 10;
 
 bool isInterleaved(CVPixelFormat format) {
     return format == CVPixelFormat::rgba8 || format == CVPixelFormat::bgra8;
-}
-
-/// `to` and `from` may be the same. As whole words, which compilers do many of at once.
-void swapRedAndBlue(std::uint8_t* to, const std::uint8_t* from, std::size_t pixels) {
-    static_assert(std::endian::native == std::endian::little);
-    for (std::size_t i = 0; i < pixels; ++i) {
-        std::uint32_t pixel;
-        std::memcpy(&pixel, from + 4 * i, sizeof pixel);
-        pixel = (pixel & 0xFF00FF00u) | ((pixel & 0xFFu) << 16) | ((pixel >> 16) & 0xFFu);
-        std::memcpy(to + 4 * i, &pixel, sizeof pixel);
-    }
 }
 
 void makeOpaque(std::uint8_t* row, std::size_t pixels) {
@@ -71,14 +60,20 @@ public:
                         static_cast<double>(buffer.size().width),
                         static_cast<double>(buffer.size().height)};
         if (!isWholePixels(bounds) || !isInterleaved(buffer.format())) invariantBroken();
+        const auto* whole = dynamic_cast<const PixelBufferNode*>(&image);
+        if (whole && whole->buffer().backing() && whole->buffer().size() == buffer.size() &&
+            bounds == image.extent()) {
+            buffer.setBacking(whole->buffer().backing());
+            return true;
+        }
         const CIImageRef shown = image.imageByCroppingToRect(bounds);
-        const Surface whole(area, buffer.baseAddress(), buffer.bytesPerRow());
-        if (!render(static_cast<const ImageNode&>(*shown), whole, buffer.bytesPerRow())) {
+        const Surface surface(area, buffer.baseAddress(), buffer.bytesPerRow());
+        if (!render(static_cast<const ImageNode&>(*shown), surface, buffer.bytesPerRow())) {
             return false;
         }
         const auto width = static_cast<std::size_t>(buffer.size().width);
-        for (std::size_t y = 0; y < whole.height(); ++y) {
-            std::uint8_t* row = whole.row(y);
+        for (std::size_t y = 0; y < surface.height(); ++y) {
+            std::uint8_t* row = surface.row(y);
             if (buffer.format() == CVPixelFormat::bgra8) swapRedAndBlue(row, row, width);
             makeOpaque(row, width);
         }
@@ -116,26 +111,7 @@ CIImageRef DesktopCoreImage::imageWithImage(const UIImage& picture) {
 }
 
 CIImageRef DesktopCoreImage::imageWithCVPixelBuffer(const CVPixelBufferRef& buffer) {
-    std::shared_ptr<const CVPixelBuffer> rgba = buffer;
-    if (buffer->format() == CVPixelFormat::bgra8) {
-        std::shared_ptr<CVPixelBuffer> swapped;
-        try {
-            swapped = std::make_shared<CVPixelBuffer>(buffer->size(), CVPixelFormat::rgba8);
-        } catch (const std::bad_alloc&) {
-            return nullptr;
-        }
-        const PixelSize size = buffer->size();
-        for (int y = 0; y < size.height; ++y) {
-            const auto row = static_cast<std::size_t>(y);
-            swapRedAndBlue(swapped->baseAddress() + row * swapped->bytesPerRow(),
-                           buffer->baseAddress() + row * buffer->bytesPerRow(),
-                           static_cast<std::size_t>(size.width));
-        }
-        rgba = std::move(swapped);
-    }
-    if (rgba->format() != CVPixelFormat::rgba8) return nullptr;
-    return makeBitmapNode(CGImage(rgba->size(), rgba->bytesPerRow(),
-                                  std::shared_ptr<const std::uint8_t>(rgba, rgba->baseAddress())));
+    return isInterleaved(buffer->format()) ? std::make_shared<PixelBufferNode>(buffer) : nullptr;
 }
 
 std::unique_ptr<CIContext> DesktopCoreImage::makeContext(const CIContextOptions&) {

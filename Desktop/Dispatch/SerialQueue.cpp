@@ -25,11 +25,13 @@ SerialQueue::~SerialQueue() {
 }
 
 void SerialQueue::async(Block block) {
+    // The block may be what ends the queue's owner, and the queue with it, before this returns.
+    const auto blocks = blocks_;
     {
-        const std::lock_guard lock(blocks_->mutex);
-        blocks_->waiting.push_back(std::move(block));
+        const std::lock_guard lock(blocks->mutex);
+        blocks->waiting.push_back(std::move(block));
     }
-    blocks_->changed.notify_one();
+    blocks->changed.notify_one();
 }
 
 void SerialQueue::asyncAfter(std::chrono::nanoseconds delay, Block block) {

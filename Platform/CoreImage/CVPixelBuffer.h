@@ -2,9 +2,11 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <utility>
 
 #include "Base/Geometry.h"
@@ -28,7 +30,23 @@ struct CVPixelBufferAttributes {
                            const CVPixelBufferAttributes&) = default;
 };
 
-/// Rows from the top down. Written by whoever made it, before it is handed on; then only read.
+class CVPixelBuffer;
+
+/// A picture in the layout that it came in, for whoever can do without a conversion. Without
+/// transparency; immutable; any thread.
+class CVPixelBufferBacking {
+public:
+    virtual ~CVPixelBufferBacking() = default;
+
+    /// Writes all pixels of `buffer`, in its size and format. Throws std::bad_alloc.
+    virtual void fill(CVPixelBuffer& buffer) const = 0;
+};
+
+/// Rows from the top down. Written by whoever made it, before it is handed on; then only read, on
+/// any thread.
+///
+/// Its picture may be that of a backing, which then fills the pixels at the first access to an
+/// address, once, while other threads that ask wait. An address to write at drops the backing.
 class CVPixelBuffer {
 public:
     static constexpr std::size_t mostPlanes = 3;
@@ -80,8 +98,14 @@ public:
     std::size_t planeCount() const { return planeCount(format_); }
     PixelSize sizeOfPlane(std::size_t plane) const { return sizeOfPlane(size_, format_, plane); }
     std::size_t bytesPerRowOfPlane(std::size_t plane) const { return planes_[plane].bytesPerRow; }
-    std::uint8_t* baseAddressOfPlane(std::size_t plane) { return planes_[plane].baseAddress; }
+    /// Throws std::bad_alloc where there is a backing that can't fill the pixels.
+    std::uint8_t* baseAddressOfPlane(std::size_t plane) {
+        fillOnce();
+        backing_.reset();
+        return planes_[plane].baseAddress;
+    }
     const std::uint8_t* baseAddressOfPlane(std::size_t plane) const {
+        fillOnce();
         return planes_[plane].baseAddress;
     }
 
@@ -90,11 +114,32 @@ public:
     std::uint8_t* baseAddress() { return baseAddressOfPlane(0); }
     const std::uint8_t* baseAddress() const { return baseAddressOfPlane(0); }
 
+    /// Null where the pixels were written by somebody else.
+    const std::shared_ptr<const CVPixelBufferBacking>& backing() const { return backing_; }
+    /// For whoever may write: in the place of all pixels, as are addresses from before. Null leaves
+    /// the contents not filled in.
+    void setBacking(std::shared_ptr<const CVPixelBufferBacking> backing) {
+        backing_ = std::move(backing);
+        isFilled_.store(!backing_, std::memory_order_relaxed);
+    }
+
 private:
+    void fillOnce() const {
+        if (isFilled_.load(std::memory_order_acquire)) return;
+        const std::lock_guard lock(filling_);
+        if (isFilled_.load(std::memory_order_relaxed)) return;
+        CVPixelBuffer pixels(size_, format_, planes_, owner_);
+        backing_->fill(pixels);
+        isFilled_.store(true, std::memory_order_release);
+    }
+
     PixelSize size_;
     CVPixelFormat format_;
     Planes planes_{};
     std::shared_ptr<const void> owner_;
+    std::shared_ptr<const CVPixelBufferBacking> backing_;
+    mutable std::mutex filling_;
+    mutable std::atomic<bool> isFilled_ = true;
 };
 
 using CVPixelBufferRef = std::shared_ptr<const CVPixelBuffer>;

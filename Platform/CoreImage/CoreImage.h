@@ -53,7 +53,8 @@ public:
 
     /// Draws `bounds` (whole pixels) of the image into `buffer`, an RGBA or BGRA one: its top left
     /// corner at the buffer's, cut where the buffer ends. Everything else in the buffer becomes
-    /// black, and transparent places lie on black. False where memory ran out.
+    /// black, and transparent places lie on black. A buffer's whole picture may come with its
+    /// backing instead of its pixels. False where memory ran out.
     virtual bool renderToCVPixelBuffer(const CIImage& image, CVPixelBuffer& buffer,
                                        const Rect& bounds) = 0;
 };

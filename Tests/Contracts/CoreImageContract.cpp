@@ -5,6 +5,7 @@
 #include <limits>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "Base/WorkerPool.h"
@@ -93,6 +94,41 @@ TEST_P(CoreImageContract, ABGRABufferIsReadAndWrittenInItsOwnOrderOnBlack) {
         }
         EXPECT_EQ(found, expected) << size.width;
     }
+}
+
+/// Green, and counts how often it was asked.
+class GreenBacking final : public CVPixelBufferBacking {
+public:
+    void fill(CVPixelBuffer& buffer) const override {
+        ++fills;
+        for (int i = 0; i < buffer.size().width * buffer.size().height; ++i) {
+            std::copy_n(bitmapOf(1, {green}).row(0), 4, buffer.baseAddress() + 4 * i);
+        }
+    }
+    mutable int fills = 0;
+};
+
+TEST_P(CoreImageContract, ABuffersBackingGivesItsPixelsOnceAndGoesWhenTheyAreWritten) {
+    const auto backing = std::make_shared<GreenBacking>();
+    const auto source = std::make_shared<CVPixelBuffer>(PixelSize{2, 1}, CVPixelFormat::bgra8);
+    source->setBacking(backing);
+    const CIImageRef picture = coreImage().imageWithCVPixelBuffer(source);
+    CVPixelBuffer target(source->size(), source->format());
+    ASSERT_TRUE(
+        coreImage().makeContext({})->renderToCVPixelBuffer(*picture, target, picture->extent()));
+    EXPECT_EQ(std::as_const(target).baseAddress()[5], 255);
+    const int fills = backing->fills;
+    EXPECT_EQ(std::as_const(target).baseAddress()[1], 255);
+    EXPECT_EQ(backing->fills, fills);
+    target.baseAddress()[1] = 7;
+    EXPECT_EQ(target.backing(), nullptr);
+    EXPECT_EQ(target.baseAddress()[1], 7);
+    EXPECT_EQ(target.baseAddress()[5], 255) << "the rest is as it was";
+
+    EXPECT_EQ(render(picture, {0, 0, 2, 1}), (Colours{green, green}));
+    ASSERT_TRUE(coreImage().makeContext({})->renderToCVPixelBuffer(*picture, target, {1, 0, 1, 1}));
+    EXPECT_EQ(target.backing(), nullptr) << "a part isn't the whole";
+    EXPECT_EQ(std::as_const(target).baseAddress()[5], 0);
 }
 
 TEST_P(CoreImageContract, APictureWithoutABitmapGivesNullAndTheOrientationIsNotApplied) {

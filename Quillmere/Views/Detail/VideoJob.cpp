@@ -120,6 +120,8 @@ void VideoJob::progressed(float progress) {
     const float percent = progress * 100.0F;
     if (!std::isfinite(percent)) invariantBroken();
     const int whole = static_cast<int>(percent);
+    // Both tracks come here, each on its thread: what one shows, the other mustn't show again.
+    const std::lock_guard lock(progressMutex_);
     if (currentProgress_.load(std::memory_order_relaxed) >= whole) return;
     ports_.dispatch.mainQueue().async([weak = model_, progress] {
         if (const auto model = weak.lock()) model->videoProgress.set(progress);

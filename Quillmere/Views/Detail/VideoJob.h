@@ -4,6 +4,7 @@
 #include <atomic>
 #include <filesystem>
 #include <memory>
+#include <mutex>
 #include <optional>
 
 #include "Quillmere/Models/Video/VideoFileManager.h"
@@ -54,6 +55,7 @@ private:
     std::weak_ptr<DetailViewModel> model_;
     VideoFileManager files_;
     const std::shared_ptr<VideoProcessor> videoProcessor_;
+    std::mutex progressMutex_;
     std::atomic<int> currentProgress_ = 0;  // the last percent that was shown
 };
 

@@ -1,6 +1,8 @@
 // Colours of movies, as they are decoded and as they are written.
+#include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 #include "Tests/Desktop/AVFoundation/MovieFiles.h"
 
@@ -22,6 +24,25 @@ protected:
         EXPECT_TRUE(sample) << movie;
         return sample ? sample->imageBuffer()
                       : std::make_shared<CVPixelBuffer>(PixelSize{64, 48}, format);
+    }
+
+    /// The first frame of a movie of `frame` alone.
+    CVPixelBufferRef written(const CVPixelBufferRef& frame, float bitRate, CVPixelFormat format) {
+        const auto target = folder / "out.mov";
+        std::filesystem::remove(target);
+        const auto writer = movies.assetWriterWithURL(target, AVFileType::quickTimeMovie).value();
+        const auto input = movies.assetWriterInput(
+            AVVideoOutputSettings{AVVideoCodecType::h264, double(frame->size().width),
+                                  double(frame->size().height), bitRate});
+        writer->addInput(input);
+        writer->startWriting();
+        writer->startSessionAtSourceTime(MediaTime::zero());
+        input->appendSampleBuffer(
+            std::make_shared<CMSampleBuffer>(MediaTime::zero(), MediaTime{1, 25}, frame));
+        Awaited<bool> done;
+        writer->finishWritingWithCompletionHandler([&] { done.set(true); });
+        done.get();
+        return firstFrame(target, format);
     }
 
     /// In the middle of the first frame, from either format.
@@ -155,6 +176,51 @@ TEST_F(MovieColours, HighRangeIsToneMappedToGreysThatKeepTheirOrder) {
     }
 }
 
+/// A frame on its way from a reader to a writer.
+enum class Use { nothing, reading, writing };
+
+TEST_F(MovieColours, OnlyAFrameThatSomebodyWroteToLeavesThePlanesThatItWasDecodedInto) {
+    // Chroma that no red, green and blue have, and that differs from one sample to the next.
+    const auto movie = make(
+        "-f lavfi -i \"color=black:s=64x48:r=25:d=0.04,format=yuv420p,"
+        "geq=lum=60+X:cb=210+20*mod(X\\,2):cr=200-20*mod(Y\\,2)\" -c:v ffv1 -colorspace bt709 "
+        "-color_primaries bt709 -color_trc bt709 -color_range tv",
+        "in.mov");
+    const auto decoded = firstFrame(movie, CVPixelFormat::yCbCr8Planar420);
+    struct Case {
+        Use use;
+        bool isKept;
+    };
+    for (const Case& c : {Case{Use::nothing, true}, {Use::reading, true}, {Use::writing, false}}) {
+        const auto frame =
+            std::const_pointer_cast<CVPixelBuffer>(firstFrame(movie, CVPixelFormat::bgra8));
+        if (c.use == Use::reading) {
+            EXPECT_GT(std::as_const(*frame).baseAddress()[0], 0);
+        }
+        if (c.use == Use::writing) {
+            std::fill_n(frame->baseAddress(), frame->bytesPerRow() * 48, std::uint8_t{255});
+        }
+        const auto found = written(frame, 1e9F, CVPixelFormat::yCbCr8Planar420);
+        for (std::size_t plane = 0; plane < 3; ++plane) {
+            const PixelSize size = found->sizeOfPlane(plane);
+            int largest = 0;
+            for (int y = 0; y < size.height; ++y) {
+                for (int x = 0; x < size.width; ++x) {
+                    const auto at = [&](const CVPixelBuffer& buffer) -> int {
+                        return buffer.baseAddressOfPlane(
+                            plane)[static_cast<std::size_t>(y) * buffer.bytesPerRowOfPlane(plane) +
+                                   static_cast<std::size_t>(x)];
+                    };
+                    const int white = plane == 0 ? 235 : 128;
+                    const int expected = c.isKept ? at(*decoded) : white;
+                    largest = std::max(largest, std::abs(at(*found) - expected));
+                }
+            }
+            EXPECT_EQ(largest, 0) << int(c.use) << " plane " << plane;
+        }
+    }
+}
+
 TEST_F(MovieColours, WhatIsWrittenLooksAsItWasAppended) {
     struct Case {
         Colour colour;
@@ -173,20 +239,7 @@ TEST_F(MovieColours, WhatIsWrittenLooksAsItWasAppended) {
             }
             frame->baseAddress()[4 * i + 3] = 255;
         }
-        const auto target = folder / "out.mov";
-        std::filesystem::remove(target);
-        const auto writer = movies.assetWriterWithURL(target, AVFileType::quickTimeMovie).value();
-        const auto input = movies.assetWriterInput(AVVideoOutputSettings{
-            AVVideoCodecType::h264, double(c.size.width), double(c.size.height), 0});
-        writer->addInput(input);
-        writer->startWriting();
-        writer->startSessionAtSourceTime(MediaTime::zero());
-        input->appendSampleBuffer(
-            std::make_shared<CMSampleBuffer>(MediaTime::zero(), MediaTime{1, 25}, frame));
-        Awaited<bool> done;
-        writer->finishWritingWithCompletionHandler([&] { done.set(true); });
-        done.get();
-        const auto found = firstFrame(target, CVPixelFormat::bgra8);
+        const auto found = written(frame, 0, CVPixelFormat::bgra8);
         // The repeated line too, which is the last one.
         const std::uint8_t* p =
             found->baseAddress() +

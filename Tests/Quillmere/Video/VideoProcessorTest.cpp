@@ -189,6 +189,53 @@ TEST_F(VideoProcessorTest, FailuresReachTheCompletionOnceAndTheNextJobRuns) {
     EXPECT_EQ(text(), "");
 }
 
+TEST_F(VideoProcessorTest, TheCrashLogTellsTheStepsOfASilentMoviesEndInTheirOrder) {
+    const Error bad{"fake", 7, "bad"};
+    const char *const noSound = "tryFinish F", *const drained = "tryFinish A",
+                      *const stopped = "tryFinish B", *const late = "reader == nil at tryFinish";
+    struct Case {
+        const char* name;
+        std::function<void()> arrange;
+        bool scales;
+        std::vector<std::string> steps;
+    };
+    const auto cancelsAtSecond = [&] {
+        avFoundation.beforeCopy = [&](AVMediaType, std::size_t index) {
+            if (index == 1) processor->setForceCancel();
+        };
+    };
+    const std::vector<Case> cases{
+        {"whole", [] {}, false, {noSound, drained}},
+        {"scaled", [] {}, true, {noSound, drained}},
+        {"no buffer", [&] { avFoundation.poolIsEmpty = true; }, false, {noSound, stopped}},
+        {"writer fails", [&] { avFoundation.appendsUntilFailure = 1; }, false, {noSound, stopped}},
+        {"reader fails",
+         [&] { avFoundation.movies["/in.mov"].tracks[0].failsAfter = 1; },
+         false,
+         {noSound, drained}},
+        {"scaler fails",
+         [&] { scaler.state.processError = bad; },
+         true,
+         {noSound, "tryFinish SuperResolutionError"}},
+        {"cancel", cancelsAtSecond, false, {noSound, drained, stopped, late}},
+        {"cancel scaled", cancelsAtSecond, true, {noSound, drained, stopped, late}},
+    };
+    for (const Case& c : cases) {
+        makeMovie(false, c.scales ? CVPixelFormat::yCbCr8Planar420 : CVPixelFormat::bgra8);
+        c.arrange();
+        const auto before = static_cast<std::ptrdiff_t>(crashLog.lines().size());
+        run(c.scales ? Mode::superResolution(2) : Mode::standard(), c.scales ? 8 : 4,
+            c.scales ? 4 : 2);
+        std::vector<std::string> steps = crashLog.lines();
+        steps.erase(steps.begin(), steps.begin() + before);
+        EXPECT_EQ(steps, c.steps) << c.name;
+        avFoundation.beforeCopy = {};
+        avFoundation.poolIsEmpty = false;
+        avFoundation.appendsUntilFailure = std::nullopt;
+        scaler.state = {};
+    }
+}
+
 TEST_F(VideoProcessorTest, ACancelAtAnyFrameDeletesTheFileAndIsStillToldInTheCompletion) {
     for (const bool scales : {false, true}) {
         for (std::size_t at = 0; at < 4; ++at) {
