@@ -3,6 +3,8 @@
 #include <chrono>
 #include <utility>
 
+#include "Desktop/AdLibrary/HouseAds.h"
+#include "Desktop/AdLibrary/NoAds.h"
 #include "Desktop/Application/ProjectSettingsFile.h"
 #include "Desktop/FileManager/UserFolders.h"
 
@@ -13,6 +15,12 @@ namespace {
 ProjectSettings settingsIn(const Bundle& bundle, FileManager& fileManager, Console& console) {
     const auto path = bundle.urlForResource("ProjectSettings", "json");
     return path ? readProjectSettings(fileManager, *path, console) : ProjectSettings();
+}
+
+std::unique_ptr<OfflineAds> adsOf(const ProjectSettings& settings, Dispatch& dispatch,
+                                  AdStage& stage) {
+    if (settings.ads == AdSource::house) return std::make_unique<HouseAds>(dispatch, stage);
+    return std::make_unique<NoAds>(dispatch);
 }
 
 }  // namespace
@@ -36,6 +44,7 @@ DesktopPlatform::DesktopPlatform(ResourceBundle bundle, StringsFile strings)
       services_(crashLog_),
       consent_(dispatch_, fileManager_, userDataFolder(),
                !settings_.adApplicationIdentifier.empty()),
+      ads_(adsOf(settings_, dispatch_, adStage_)),
       urlSession_(dispatch_),
       remoteConfig_({urlSession_, fileManager_, dispatch_, bundle_, console_},
                     settings_.remoteConfigEndpoint, userCacheFolder()),

@@ -7,7 +7,8 @@
 #include "Base/Result.h"
 #include "Base/WorkerPool.h"
 #include "Desktop/AVFoundation/LazyMovies.h"
-#include "Desktop/AdLibrary/NoAds.h"
+#include "Desktop/AdLibrary/AdStage.h"
+#include "Desktop/AdLibrary/OfflineAds.h"
 #include "Desktop/Analytics/EventLog.h"
 #include "Desktop/Application/DesktopDevice.h"
 #include "Desktop/Application/DesktopServices.h"
@@ -60,7 +61,8 @@ public:
     RemoteConfig& remoteConfig() { return remoteConfig_; }
     DesktopUserDefaults& userDefaults() { return userDefaults_; }
     Analytics& analytics() { return analytics_; }
-    NoAds& ads() { return ads_; }
+    OfflineAds& ads() { return *ads_; }
+    AdStage& adStage() { return adStage_; }
     FIRApp& services() { return services_; }
     DesktopConsent& consent() { return consent_; }
     CrashLog& crashLog() { return crashLog_; }
@@ -92,7 +94,8 @@ private:
     ProjectSettings settings_;
     DesktopServices services_;
     DesktopConsent consent_;
-    NoAds ads_{dispatch_};
+    AdStage adStage_;
+    std::unique_ptr<OfflineAds> ads_;
     DesktopURLSession urlSession_;
     DesktopRemoteConfig remoteConfig_;
     DesktopUserDefaults userDefaults_;

@@ -1,29 +1,19 @@
 // The ad library of an edition without ads.
 #pragma once
 
-#include "Platform/AdLibrary/AdLibrary.h"
-#include "Platform/AdLibrary/GADBannerView.h"
-#include "Platform/Dispatch/Dispatch.h"
+#include "Desktop/AdLibrary/OfflineAds.h"
 
 namespace quillmere {
 
-/// Has no network and nothing to show: it starts at once, every load fails politely, and a banner
-/// stays empty.
-class NoAds final : public ALPrivacySettings, public GADMobileAds, public GADBannerViews {
+/// Has nothing to show: every load fails politely, and a banner stays empty.
+class NoAds final : public OfflineAds {
 public:
-    explicit NoAds(Dispatch& dispatch) : dispatch_(dispatch) {}
+    using OfflineAds::OfflineAds;
 
-    void setHasUserConsent(bool) override {}
-    void setDoNotSell(bool) override {}
-
-    void setTestDeviceIdentifiers(const std::vector<std::string>&) override {}
-    void startWithCompletionHandler(std::function<void()> completionHandler) override {
-        dispatch_.mainQueue().async(std::move(completionHandler));
-    }
     void loadWithAdUnitID(GADFullScreenAdFormat, const std::string&,
                           LoadHandler completionHandler) override {
-        dispatch_.mainQueue().async([handler = std::move(completionHandler)] {
-            handler(Error{"quillmere.ads", 1, "This edition of Quillmere shows no ads."});
+        mainQueue_.async([handler = std::move(completionHandler)] {
+            handler(Error{adErrorDomain, 1, "This edition of Quillmere shows no ads."});
         });
     }
 
@@ -37,8 +27,6 @@ private:
         void setRootViewController(UIViewController*) override {}
         void loadRequest(const GADRequest&) override {}
     };
-
-    Dispatch& dispatch_;
 };
 
 }  // namespace quillmere

@@ -79,6 +79,7 @@ constexpr TextSetting textSettings[] = {
     {"bannerAdUnit", &ProjectSettings::bannerAdUnit, isVisible, identifier},
 };
 
+constexpr std::string_view ads = "ads";
 constexpr std::string_view testDevices = "testDeviceIdentifiers";
 
 class Reader {
@@ -99,6 +100,7 @@ public:
 
 private:
     void take(const std::string& name, const json& value) {
+        if (name == ads) return takeAds(value);
         if (name == testDevices) return takeTestDevices(value);
         const auto setting = std::find_if(std::begin(textSettings), std::end(textSettings),
                                           [&](const TextSetting& s) { return s.name == name; });
@@ -108,6 +110,13 @@ private:
             return complain(name, std::string("it must be ") + setting->mustBe);
         }
         settings_.*(setting->field) = *text;
+    }
+
+    void takeAds(const json& value) {
+        if (value != "none" && value != "house") {
+            return complain(ads, "it must be \"none\" or \"house\"");
+        }
+        settings_.ads = value == "house" ? AdSource::house : AdSource::none;
     }
 
     void takeTestDevices(const json& value) {

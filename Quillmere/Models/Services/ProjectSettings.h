@@ -6,6 +6,9 @@
 
 namespace quillmere {
 
+/// Where ads come from: from nowhere, or from the maker's own list of applications.
+enum class AdSource { none, house };
+
 /// Read once at start and checked by its reader: what stands here is well formed or empty, and
 /// empty means that the edition has no such thing.
 struct ProjectSettings {
@@ -30,9 +33,10 @@ struct ProjectSettings {
     std::string makerStorePage;
     std::string reviewLink;
 
-    /// What the ad library knows the application and its four placements by. Empty: that placement
-    /// has no ads; without an application identifier none has.
+    AdSource ads = AdSource::none;
+    /// What an ad network knows the application by. With one, the user is asked for consent.
     std::string adApplicationIdentifier;
+    /// What the ad library knows the four placements by. Empty: that placement has no ads.
     std::string appOpenAdUnit;
     std::string conversionAdUnit;
     std::string saveAdUnit;

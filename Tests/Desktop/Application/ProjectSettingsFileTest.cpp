@@ -35,6 +35,7 @@ TEST_F(ProjectSettingsFile, TheOneThatIsShippedIsRightAndAsksNoServer) {
     EXPECT_THAT(log.lines(), IsEmpty());
     EXPECT_EQ(shipped.remoteConfigEndpoint, "");
     EXPECT_EQ(shipped.inquiryEndpoint, "");
+    EXPECT_EQ(shipped.ads, AdSource::none);
     EXPECT_THAT(shipped.inquiryTitle, SizeIs(12));
     EXPECT_THAT(shipped.inquiryKey, SizeIs(40));
 }
@@ -48,6 +49,7 @@ TEST_F(ProjectSettingsFile, EverySettingReachesItsField) {
                                    "https://d.example/app",
                                    "https://e.example/maker",
                                    "https://f.example/review",
+                                   AdSource::house,
                                    "ad-app~1",
                                    "unit/open",
                                    "unit/conversion",
@@ -60,7 +62,7 @@ TEST_F(ProjectSettingsFile, EverySettingReachesItsField) {
                        "supportAddress": "help@c.example", "storeLink": "https://d.example/app",
                        "makerStorePage": "https://e.example/maker",
                        "reviewLink": "https://f.example/review",
-                       "adApplicationIdentifier": "ad-app~1", "appOpenAdUnit": "unit/open",
+                       "ads": "house", "adApplicationIdentifier": "ad-app~1", "appOpenAdUnit": "unit/open",
                        "conversionAdUnit": "unit/conversion", "saveAdUnit": "unit/save",
                        "bannerAdUnit": "unit/banner", "testDeviceIdentifiers": [")" +
                    device + R"(", ")" + device + R"("]})"),
@@ -94,6 +96,9 @@ TEST_F(ProjectSettingsFile, AWrongSettingIsToldAndIgnoredAndTheRestIsTaken) {
         {"supportAddress", "\"@b\""},
         {"storeLink", "\"javascript:alert(1)\""},
         {"saveAdUnit", "true"},
+        {"ads", "\"everywhere\""},
+        {"ads", "\"\""},
+        {"ads", "true"},
         {"testDeviceIdentifiers", "\"0123456789abcdef0123456789abcdef\""},
         {"testDeviceIdentifiers", "[\"0123\"]"},
         {"testDeviceIdentifiers", "[\"0123456789abcdef0123456789abcdeg\"]"},
