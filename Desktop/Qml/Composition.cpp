@@ -1,9 +1,12 @@
 #include "Desktop/Qml/Composition.h"
 
 #include <QCoreApplication>
+#include <QGuiApplication>
 #include <QMetaObject>
+#include <QScreen>
 #include <utility>
 
+#include "Quillmere/Ads/AdmobBannerView.h"
 #include "Quillmere/Models/Video/SuperResolutionFactor.h"
 
 namespace quillmere {
@@ -94,6 +97,13 @@ AppBridge::Screens Composition::screens() {
             return std::make_unique<DetailView>(detailPorts(), platform_->videoToolbox(),
                                                 std::move(input));
         },
+        [this] {
+            DesktopPlatform& platform = *platform_;
+            const QScreen* screen = QGuiApplication::primaryScreen();
+            return AdmobBannerView::make(
+                {platform.ads(), application_, platform.userDefaults(), platform.remoteConfig()},
+                platform.projectSettings().bannerAdUnit, screen ? screen->size().width() : 0);
+        },
         [this](std::filesystem::path video) {
             DesktopPlatform& platform = *platform_;
             return std::make_shared<VideoPreviewViewModel>(
@@ -111,6 +121,7 @@ AppBridge::Screens Composition::screens() {
         MailView::Ports{mail_, host_, p.localization(), p.projectSettings()},
         ReportFormView::Ports{p.dispatch(), p.urlSession(), p.localization(), application_, alert_,
                               p.crashLog(), p.projectSettings()},
+        AdBridge::Ports{p.adStage(), application_, p.projectSettings()},
     };
 }
 

@@ -67,9 +67,11 @@ Window {
     AlertBox { alert: App.home.alert; z: 13 }
     AlertBox { alert: App.alert; z: 13 }
 
+    FullScreenAd { id: ad; z: 14 }
+
     DropArea {
         anchors.fill: parent
-        enabled: !detail.active && !cropper.active
+        enabled: !detail.active && !cropper.active && !ad.shown
         onDropped: (drop) => {
             if (!drop.hasUrls) return
             drop.acceptProposedAction()
@@ -84,7 +86,7 @@ Window {
             border.width: 3
         }
     }
-    Shortcut { sequences: [StandardKey.Paste]; enabled: home.enabled; onActivated: App.home.paste() }
+    Shortcut { sequences: [StandardKey.Paste]; enabled: home.enabled && !ad.shown; onActivated: App.home.paste() }
     Shortcut { sequences: [StandardKey.Quit]; onActivated: Qt.quit() }
     FilePicker { }
 

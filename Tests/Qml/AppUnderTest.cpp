@@ -107,6 +107,17 @@ void AppUnderTest::drag(QPointF from, QPointF to) {
     QTest::mouseRelease(window_, Qt::LeftButton, {}, to.toPoint());
 }
 
+void AppUnderTest::takePicture(const std::string& name) {
+    const char* folder = std::getenv("QUILLMERE_SCREENSHOTS");
+    QTest::qWait(folder ? 700 : 50);  // for what moves to stand
+    const QImage image = window_->grabWindow();
+    EXPECT_FALSE(image.isNull());
+    if (!folder) return;
+    const std::string file = name + "-" + std::to_string(window_->width()) +
+                             (bridge().appearance() == "dark" ? "-dark" : "");
+    EXPECT_TRUE(image.save(qt((std::filesystem::path(folder) / (file + ".png")).string())));
+}
+
 void AppUnderTest::press(Qt::Key key) { QTest::keyClick(window_, key); }
 
 }  // namespace quillmere

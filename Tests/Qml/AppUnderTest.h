@@ -10,6 +10,7 @@
 #include <QTest>
 #include <filesystem>
 #include <functional>
+#include <string>
 
 #include "Desktop/Qml/Composition.h"
 #include "Desktop/Qml/MainWindow.h"
@@ -33,6 +34,9 @@ public:
     bool click(const QString& text);
     void drag(QPointF from, QPointF to);
     void press(Qt::Key key);
+    /// Into the folder of `$QUILLMERE_SCREENSHOTS`, named for the window's width and look as well.
+    /// Without that folder, the window is only drawn.
+    void takePicture(const std::string& name);
     static QPointF middleOf(const QQuickItem& item);
 
 private:

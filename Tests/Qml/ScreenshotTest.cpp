@@ -16,17 +16,7 @@ protected:
         fs::create_directories(testHome() / "Pictures");
     }
 
-    void take(const std::string& name) {
-        const char* folder = std::getenv("QUILLMERE_SCREENSHOTS");
-        QTest::qWait(folder ? 700 : 50);  // for what moves to stand
-        const QImage image = app.window().grabWindow();
-        EXPECT_FALSE(image.isNull());
-        if (!folder) return;
-        const QString look = app.bridge().appearance();
-        const std::string file =
-            name + "-" + std::to_string(GetParam().width()) + (look == "dark" ? "-dark" : "");
-        EXPECT_TRUE(image.save(qt((fs::path(folder) / (file + ".png")).string())));
-    }
+    void take(const std::string& name) { app.takePicture(name); }
     bool shows(const char* text) {
         return app.waitUntil([&] { return app.find(text) != nullptr; });
     }

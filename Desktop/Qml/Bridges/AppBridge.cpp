@@ -26,7 +26,8 @@ AppBridge::AppBridge(const HomeBridge::Ports& home, Screens screens, UserDefault
       bundles_(bundles),
       shareSheet_(shareSheet),
       home_(home),
-      alert_(alert.alert) {
+      alert_(alert.alert),
+      ads_(screens_.ads) {
     watch(homeView_.isShowingDetailView, &AppBridge::updateDetail);
     watch(homeView_.vm.showSettings, &AppBridge::updateSettings);
 }
@@ -60,7 +61,7 @@ void AppBridge::updateDetail() {
     letGo(detail_);
     detail_ = std::make_unique<DetailBridge>(
         screens_.detail({*image, homeView_.inputVideoUrl.get(), homeView_.pickerResults.get()}),
-        userDefaults_);
+        screens_.banner, userDefaults_);
     connect(detail_.get(), &DetailBridge::previewChanged, this, &AppBridge::updatePreview);
     connect(detail_.get(), &DetailBridge::shareChanged, this, &AppBridge::updateShare);
     connect(detail_.get(), &DetailBridge::sheetsChanged, this, &AppBridge::updateSettings);

@@ -4,6 +4,7 @@
 #include <QVariantList>
 #include <memory>
 
+#include "Desktop/Qml/Bridges/AdBridge.h"
 #include "Desktop/Qml/Bridges/DetailBridge.h"
 #include "Desktop/Qml/Bridges/HomeBridge.h"
 #include "Desktop/Qml/Bridges/PreviewBridge.h"
@@ -25,6 +26,7 @@ class AppBridge final : public Bridge {
     Q_PROPERTY(quillmere::ReportBridge* report READ report NOTIFY reportChanged)
     Q_PROPERTY(quillmere::ShareSheet* shareSheet READ shareSheet CONSTANT)
     Q_PROPERTY(quillmere::AlertBridge* alert READ alert CONSTANT)
+    Q_PROPERTY(quillmere::AdBridge* ads READ ads CONSTANT)
     /// "light", "dark", or empty to follow the system: `$QUILLMERE_APPEARANCE`.
     Q_PROPERTY(QString appearance READ appearance CONSTANT)
     /// Built-in pictures, as addresses for QML.
@@ -37,11 +39,13 @@ public:
     /// How the application puts a screen together.
     struct Screens {
         std::function<std::unique_ptr<DetailView>(DetailInput)> detail;
+        DetailBridge::MakeBanner banner;
         std::function<std::shared_ptr<VideoPreviewViewModel>(std::filesystem::path)> preview;
         SharePorts share;
         SettingsView::Ports settings;
         MailView::Ports mail;
         ReportFormView::Ports report;
+        AdBridge::Ports ads;
     };
     AppBridge(const HomeBridge::Ports& home, Screens screens, UserDefaults& userDefaults,
               const Localization& localization, const Bundles& bundles, ShareSheet& shareSheet,
@@ -55,6 +59,7 @@ public:
     ReportBridge* report() const { return report_.get(); }
     ShareSheet* shareSheet() const { return &shareSheet_; }
     AlertBridge* alert() { return &alert_; }
+    AdBridge* ads() { return &ads_; }
     QVariantList moreApps() const;
     QString appearance() const { return qEnvironmentVariable("QUILLMERE_APPEARANCE"); }
     QUrl sampleIllustration() const { return sampleAt(HomeView::illustration); }
@@ -94,6 +99,7 @@ private:
     ShareSheet& shareSheet_;
     HomeBridge home_;
     AlertBridge alert_;
+    AdBridge ads_;
     std::unique_ptr<DetailBridge> detail_;
     std::unique_ptr<PreviewBridge> preview_;
     std::unique_ptr<ShareBridge> share_;

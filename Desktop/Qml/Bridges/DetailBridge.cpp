@@ -1,13 +1,15 @@
 #include "Desktop/Qml/Bridges/DetailBridge.h"
 
 #include <QVariantMap>
+#include <utility>
 
 namespace quillmere {
 
-DetailBridge::DetailBridge(std::unique_ptr<DetailView> view, UserDefaults& userDefaults,
-                           QObject* parent)
+DetailBridge::DetailBridge(std::unique_ptr<DetailView> view, MakeBanner makeBanner,
+                           UserDefaults& userDefaults, QObject* parent)
     : Bridge(parent),
       view_(std::move(view)),
+      makeBanner_(std::move(makeBanner)),
       userDefaults_(userDefaults),
       alert_(view_->vm().alert) {
     DetailViewModel& vm = view_->vm();
@@ -25,7 +27,7 @@ DetailBridge::DetailBridge(std::unique_ptr<DetailView> view, UserDefaults& userD
     watch(view_->showingImageFormatSelection, &DetailBridge::updateFormat);
     watch(vm.isShowShare, &DetailBridge::shareChanged);
     watch(vm.isShowingVideoPreview, &DetailBridge::previewChanged);
-    watch(view_->showBannerAds, &DetailBridge::bannerChanged);
+    watch(view_->showBannerAds, &DetailBridge::updateBanner);
 }
 
 QStringList DetailBridge::linesWithoutResult() const {
@@ -62,6 +64,13 @@ void DetailBridge::updateFormat() {
         format_ = std::make_unique<FormatBridge>(userDefaults_, view_->showingImageFormatSelection);
     }
     emit sheetsChanged();
+}
+
+void DetailBridge::updateBanner() {
+    const bool shows = view_->showBannerAds.get();
+    if (shows == (banner_ != nullptr)) return;
+    banner_ = shows ? makeBanner_() : nullptr;
+    emit bannerChanged();
 }
 
 }  // namespace quillmere

@@ -3,11 +3,13 @@
 
 #include <QSizeF>
 #include <QVariantList>
+#include <functional>
 #include <memory>
 
 #include "Desktop/Qml/Bridges/AlertBridge.h"
 #include "Desktop/Qml/Bridges/FormatBridge.h"
 #include "Desktop/Qml/Pictures/Picture.h"
+#include "Platform/AdLibrary/GADBannerView.h"
 #include "Quillmere/Views/Detail/DetailView.h"
 
 namespace quillmere {
@@ -41,8 +43,10 @@ class DetailBridge final : public Bridge {
     Q_PROPERTY(quillmere::AlertBridge* alert READ alert CONSTANT)
 
 public:
-    DetailBridge(std::unique_ptr<DetailView> view, UserDefaults& userDefaults,
-                 QObject* parent = nullptr);
+    using MakeBanner = std::function<std::shared_ptr<GADBannerView>()>;
+
+    DetailBridge(std::unique_ptr<DetailView> view, MakeBanner makeBanner,
+                 UserDefaults& userDefaults, QObject* parent = nullptr);
 
     DetailView& view() { return *view_; }
 
@@ -95,8 +99,11 @@ signals:
 
 private:
     void updateFormat();
+    void updateBanner();
 
     std::unique_ptr<DetailView> view_;
+    const MakeBanner makeBanner_;
+    std::shared_ptr<GADBannerView> banner_;
     UserDefaults& userDefaults_;
     std::unique_ptr<FormatBridge> format_;
     AlertBridge alert_;

@@ -27,7 +27,7 @@ FocusScope {
             onBack: App.back()
         }
         GridLayout {
-            anchors { left: parent.left; right: parent.right; top: bar.bottom; bottom: parent.bottom }
+            anchors { left: parent.left; right: parent.right; top: bar.bottom; bottom: banner.top }
             columns: screen.wide ? 2 : 1
             columnSpacing: 0
             rowSpacing: 0
@@ -106,6 +106,11 @@ FocusScope {
                     }
                 }
             }
+        }
+        AdBanner {
+            id: banner
+            anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
+            shown: screen.detail !== null && screen.detail.showsBanner && App.ads.banner !== ""
         }
     }
     ShareOverlay {
