@@ -18,6 +18,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using namespace std::chrono_literals;
 using Lines = std::vector<std::string>;
 
 class AdsTest : public testing::Test {
@@ -87,22 +88,45 @@ TEST_F(AdsTest, TheAppOpenAdIsLoadedOnceAtATimeAndNotBeforeTheStart) {
     EXPECT_THAT(linesAfter([&] { appOpen->loadAd(); }), IsEmpty()) << "one is in hand";
 }
 
-TEST_F(AdsTest, ANewUserSeesNoAppOpenAdAndALoadedOneIsUsableForFourHours) {
+TEST_F(AdsTest, ANewUserSeesNoAppOpenAdAndNoneIsReadyBeforeTheStart) {
+    appOpen->setHasStartCompleted(false);
     EXPECT_THAT(linesAfter([&] { appOpen->showAdIfAvailable(); }), IsEmpty());
     saves(1);
+    EXPECT_THAT(linesAfter([&] { appOpen->showAdIfAvailable(); }), ElementsAre(notReady));
+    appOpen->setHasStartCompleted(true);
     EXPECT_THAT(linesAfter([&] { appOpen->showAdIfAvailable(); }),
                 ElementsAre(notReady, loading, "load app open A"));
-    library.fill();
-    clock->advanceBy(std::chrono::seconds(14400));
+    EXPECT_THAT(linesAfter([&] { appOpen->showAdIfAvailable(); }), ElementsAre(notReady))
+        << "one load is under way, which may never end";
+}
+
+TEST_F(AdsTest, ALoadedAppOpenAdIsUsableForFourHours) {
+    saves(1);
+    appOpen->loadAd();
+    constexpr std::chrono::nanoseconds fourHours = std::chrono::seconds(14400);
+    for (const auto age :
+         {std::chrono::nanoseconds(0), fourHours, fourHours - 1ns, 2 * fourHours}) {
+        SCOPED_TRACE(age.count());
+        const auto ad = library.fill();
+        clock->advanceBy(age);
+        if (age >= fourHours) {
+            EXPECT_THAT(linesAfter([&] { appOpen->showAdIfAvailable(); }),
+                        ElementsAre(notReady, loading, "load app open A"));
+            EXPECT_EQ(ad->shownOver, nullptr);
+            continue;
+        }
+        EXPECT_THAT(linesAfter([&] { appOpen->loadAd(); }), IsEmpty()) << "it is still good";
+        EXPECT_THAT(linesAfter([&] { appOpen->showAdIfAvailable(); }),
+                    ElementsAre("console App open ad will be displayed.", "present A"));
+        EXPECT_EQ(ad->shownOver, &keyRoot);
+        EXPECT_THAT(linesAfter([&] { appOpen->showAdIfAvailable(); }),
+                    ElementsAre("console App open ad is already showing."));
+        ad->delegate.lock()->adDidDismissFullScreenContent();
+    }
+    library.refuse("no fill");
     EXPECT_THAT(linesAfter([&] { appOpen->showAdIfAvailable(); }),
-                ElementsAre(notReady, loading, "load app open A"));
-    const auto ad = library.fill();
-    clock->advanceBy(std::chrono::seconds(14400) - std::chrono::nanoseconds(1));
-    EXPECT_THAT(linesAfter([&] { appOpen->showAdIfAvailable(); }),
-                ElementsAre("console App open ad will be displayed.", "present A"));
-    EXPECT_EQ(ad->shownOver, &keyRoot);
-    EXPECT_THAT(linesAfter([&] { appOpen->showAdIfAvailable(); }),
-                ElementsAre("console App open ad is already showing."));
+                ElementsAre(notReady, loading, "load app open A"))
+        << "the old one has gone with the failure";
 }
 
 TEST_F(AdsTest, EachEndOfAnAppOpenAdTellsTheDelegateAndLoadsTheNext) {
@@ -144,12 +168,14 @@ TEST_F(AdsTest, WithoutAKeyWindowTheShowingStaysBegun) {
 }
 
 TEST_F(AdsTest, AConversionsAdComesFromTheRemoteThresholdOn) {
-    remoteValue("convertAdDisplayThreshold", FakeRemoteConfig::integer(5));
-    saves(4);
-    EXPECT_THAT(linesAfter([&] { detail->showConvertAd(); }), IsEmpty());
-    saves(5);
-    EXPECT_THAT(linesAfter([&] { detail->showConvertAd(); }),
-                ElementsAre("event ConvertAdsNotLoaded"));
+    for (const auto& [threshold, count, reached] :
+         {std::tuple{0, 0, true}, {5, 4, false}, {5, 5, true}, {5, 6, true}}) {
+        remoteValue("convertAdDisplayThreshold", FakeRemoteConfig::integer(threshold));
+        saves(count);
+        EXPECT_EQ(linesAfter([&] { detail->showConvertAd(); }),
+                  reached ? Lines{"event ConvertAdsNotLoaded"} : Lines{})
+            << count << " of " << threshold;
+    }
     conversion->loadAd();
     const auto ad = library.fill();
     EXPECT_THAT(linesAfter([&] { detail->showConvertAd(); }),
@@ -169,6 +195,7 @@ TEST_F(AdsTest, EachSaveIsTheAdsTurnOrTheReviews) {
     for (const auto& [count, isAds] : {std::pair{1, false},
                                        {2, true},
                                        {3, true},
+                                       {4, true},
                                        {10, true},
                                        {11, false},
                                        {12, true},
@@ -183,10 +210,20 @@ TEST_F(AdsTest, EachSaveIsTheAdsTurnOrTheReviews) {
                 IsEmpty())
         << "it was not shown";
     saves(2);
+    application.scenes = {};
+    EXPECT_THAT(linesAfter([&] { EXPECT_TRUE(detail->showSaveAd()); }),
+                ElementsAre("event SaveAdsLoaded"));
+    EXPECT_THAT(linesAfter([&] { ad->delegate.lock()->adDidDismissFullScreenContent(); }),
+                IsEmpty())
+        << "there was no window to show it in";
+    application.scenes = {&scene};
     EXPECT_THAT(linesAfter([&] { EXPECT_TRUE(detail->showSaveAd()); }),
                 ElementsAre("event SaveAdsLoaded", "present S"));
+    EXPECT_EQ(ad->shownOver, &firstRoot);
+    conversion->adDidDismissFullScreenContent();
     EXPECT_THAT(linesAfter([&] { ad->delegate.lock()->adDidDismissFullScreenContent(); }),
-                ElementsAre("load interstitial S"));
+                ElementsAre("load interstitial S"))
+        << "the end of a conversion's ad is none of this one's";
 }
 
 TEST_F(AdsTest, ABannerMayBeFoldedAwayOnlyFromFourSavesOn) {
@@ -211,12 +248,21 @@ TEST_F(AdsTest, ABannerMayBeFoldedAwayOnlyFromFourSavesOn) {
 }
 
 TEST_F(AdsTest, AnAnswerThatComesTwiceOrAfterItsScreenHarmsNobody) {
+    saves(2);
     detail->loadSaveAd();
-    library.fill();
-    library.fill();
+    const auto first = library.fill();
+    const auto second = library.fill();
+    EXPECT_THAT(linesAfter([&] { library.refuse("late"); }), ElementsAre("console late"));
+    detail->showSaveAd();
+    EXPECT_EQ(first->shownOver, nullptr);
+    EXPECT_EQ(second->shownOver, &firstRoot);
     detail.reset();
-    library.fill();
-    library.refuse("late");
+    EXPECT_TRUE(second->delegate.expired());
+    EXPECT_THAT(linesAfter([&] {
+                    library.fill();
+                    library.refuse("late");
+                }),
+                IsEmpty());
 }
 
 }  // namespace

@@ -200,6 +200,15 @@ TEST_F(StartUpTest, TheStartedAdLibraryLoadsBothAdsInOrder) {
                             "load interstitial conversion"));
 }
 
+TEST_F(StartUpTest, AnAdLibraryThatNeverStartsHoldsUpNothing) {
+    userDefaults.integers["reviewCountKey"] = 1;
+    linesAfter([&] { app.contentView().startMobileAds(); });
+    EXPECT_THAT(linesAfter([&] { app.scenePhaseChanged(ScenePhase::active); }),
+                ElementsAre("event AppBecomeActive", "integerForKey reviewCountKey",
+                            "console App open ad is not ready yet."));
+    EXPECT_THAT(ads.loads, IsEmpty());
+}
+
 TEST_F(StartUpTest, SeveralThreadsStartTheAdsOnceAndOnlyOnMain) {
     std::vector<std::thread> threads;
     for (int i = 0; i < 8; ++i) threads.emplace_back([&] { app.contentView().startMobileAds(); });

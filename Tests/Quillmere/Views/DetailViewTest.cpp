@@ -195,8 +195,10 @@ TEST_F(DetailViewTest, TheFormatIsReadAgainWhenItsSheetCloses) {
     view->showingImageFormatSelection.set(false);
     EXPECT_STREQ(view->formatName(), "PNG");
     EXPECT_FALSE(open({10, 10}, true)->showsFormatButton());
+    const std::size_t before = log.lines().size();
     view->screenshotTaken();
-    EXPECT_THAT(lines("event ScreenshotTaken"), SizeIs(1));
+    EXPECT_THAT(lines("event ", before),
+                ElementsAre("event ScreenshotTaken", "event ConvertAdsNotLoaded"));
 }
 
 class VideoPreviewTest : public DetailViewModelTest {

@@ -180,6 +180,25 @@ TEST_F(SavingTest, SavesAreCountedAndTheReviewIsAskedForOnTheTurnsThatTheAdLeave
     EXPECT_EQ(lines("event Save Style=0").size(), 21u);
 }
 
+TEST_F(SavingTest, AnAdLibraryThatNeverAnswersHoldsUpNeitherAConversionNorASave) {
+    open("A");
+    convert(EnhanceStyle::high);
+    clock->advanceBy(std::chrono::seconds(1));
+    pump();
+    for (int i = 0; i < 2; ++i) {
+        model->isShowShare.set(false);
+        save();
+    }
+    EXPECT_THAT(
+        lines("event "),
+        ElementsAre("event ShowDetail", "event TryConvert Style=1", "event ConvertSuccess Style=1",
+                    "event ConvertAdsNotLoaded", "event TrySave Style=1", "event Save Style=1",
+                    "event TrySave Style=1", "event Save Style=1", "event SaveAdsNotLoaded"));
+    EXPECT_EQ(library.savedAssets().size(), 2u);
+    EXPECT_EQ(ads.loads.size(), 1u) << "nothing is asked for again";
+    EXPECT_FALSE(model->isConverting.get());
+}
+
 TEST_F(SavingTest, ABatchConvertsEveryPictureAfreshAndSaysThatItIsDone) {
     std::vector<float> progress;
     const auto watching =
