@@ -122,6 +122,7 @@ int main(int argc, char** argv) {
                                  "XDG_STATE_HOME", "DBUS_SESSION_BUS_ADDRESS"}) {
         unsetenv(variable);
     }
+    setenv("QUILLMERE_LANGUAGE", "en", 0);
     setenv("HOME", folder.path().c_str(), 1);
     setenv("XDG_RUNTIME_DIR", (folder / "run").c_str(), 1);
     setenv("QT_QPA_PLATFORM", "offscreen", 1);

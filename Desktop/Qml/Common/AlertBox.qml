@@ -53,7 +53,7 @@ Sheet {
             visible: !box.alert || box.alert.buttons.length === 0
             Layout.fillWidth: true
             Layout.topMargin: Theme.s
-            text: "OK"
+            text: App.text("OK")
             prominent: true
             focus: true
             onClicked: box.alert.close(-1)

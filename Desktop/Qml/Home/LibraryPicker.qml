@@ -31,7 +31,7 @@ Sheet {
             visible: picker.several
             enabled: picker.library.selectionCount > 0
             prominent: true
-            text: App.text("Add") + (enabled ? " (" + picker.library.selectionCount + ")" : "")
+            text: enabled ? App.text("AddCount", picker.library.selectionCount) : App.text("Add")
             onClicked: App.home.picked()
         }
     }
