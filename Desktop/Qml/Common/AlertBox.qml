@@ -9,6 +9,7 @@ Sheet {
 
     shown: alert !== null && alert.isShown
     dismissable: false
+    name: alert ? alert.title : ""
     sheetWidth: Math.min(400, width - 2 * Theme.l)
     sheetHeight: column.implicitHeight + 2 * Theme.xl
     Keys.onEscapePressed: alert.close(-1)

@@ -41,6 +41,7 @@ T.Button {
                 width: parent.width
                 text: row.text
                 color: Theme.text
+                horizontalAlignment: Text.AlignLeft  // the side that the window's lines begin at
                 font.pixelSize: Theme.callout
                 wrapMode: Text.Wrap
             }
@@ -48,6 +49,7 @@ T.Button {
                 width: parent.width
                 visible: row.detail !== ""
                 text: row.detail
+                horizontalAlignment: Text.AlignLeft
                 color: Theme.secondaryText
                 font.pixelSize: Theme.caption
                 wrapMode: Text.Wrap

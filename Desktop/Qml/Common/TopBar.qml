@@ -28,6 +28,7 @@ Rectangle {
             Layout.fillWidth: true
             Layout.leftMargin: Theme.s
             text: bar.title
+            horizontalAlignment: Text.AlignLeft
             color: Theme.text
             font.pixelSize: Theme.headline
             font.weight: Font.DemiBold
