@@ -58,17 +58,17 @@ class Application:
                 return list(nodes(node))
         return []
 
-    def usable(self, name):
-        """The control of this name that the user may use now."""
+    def usable(self, name, acts=False):
+        """The control of this name that the user may use now, or else press."""
         for node in reversed(self.tree()):
             states = node.get_state_set()
             if node.get_name() == name and node.get_role() in CONTROLS and states.contains(
-                    Atspi.StateType.ENABLED):
+                    Atspi.StateType.ENABLED) and (not acts or node.get_n_actions() > 0):
                 return node
         return None
 
     def press(self, name):
-        node = until(name, lambda: self.usable(name))
+        node = until(name, lambda: self.usable(name, acts=True))
         for index in range(node.get_n_actions()):
             if node.get_action_name(index) in ("Press", "Toggle"):
                 return node.do_action(index)

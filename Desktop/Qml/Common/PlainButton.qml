@@ -18,8 +18,9 @@ T.Button {
     opacity: enabled ? 1 : 0.45
     focusPolicy: Qt.StrongFocus
     Accessible.name: text
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
+    Accessible.onPressAction: clicked()
 
     readonly property real signWidth: symbol === "" ? 0 : 20 + Theme.s
     // Of the text at its full size: the label itself may be made smaller.

@@ -30,8 +30,9 @@ RowLayout {
             Accessible.name: text
             Accessible.role: Accessible.RadioButton
             Accessible.checked: isCurrent
-            Keys.onReturnPressed: click()
-            Keys.onEnterPressed: click()
+            Keys.onReturnPressed: clicked()
+            Keys.onEnterPressed: clicked()
+            Accessible.onPressAction: clicked()
             onClicked: segments.chosen(index)
             contentItem: Text {
                 text: segment.text

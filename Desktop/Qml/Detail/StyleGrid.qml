@@ -35,8 +35,9 @@ ColumnLayout {
                     Accessible.name: text
                     Accessible.role: Accessible.RadioButton
                     Accessible.checked: modelData.isSelected
-                    Keys.onReturnPressed: click()
-                    Keys.onEnterPressed: click()
+                    Keys.onReturnPressed: clicked()
+                    Keys.onEnterPressed: clicked()
+                    Accessible.onPressAction: clicked()
                     onClicked: grid.tapped(modelData.style)
                     contentItem: Text {
                         text: style.text

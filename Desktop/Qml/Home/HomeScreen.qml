@@ -18,8 +18,9 @@ FocusScope {
         hoverEnabled: true
         focusPolicy: Qt.StrongFocus
         Accessible.name: text
-        Keys.onReturnPressed: click()
-        Keys.onEnterPressed: click()
+        Keys.onReturnPressed: clicked()
+        Keys.onEnterPressed: clicked()
+        Accessible.onPressAction: clicked()
         contentItem: Item { }
         background: Rectangle {
             radius: Theme.radiusL

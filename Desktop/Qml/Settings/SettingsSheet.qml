@@ -24,6 +24,7 @@ Sheet {
     TopBar {
         id: bar
         width: parent.width
+        enabled: App.report === null
         title: App.text("Settings")
         backText: App.text("Close")
         backSymbol: "close"
@@ -31,6 +32,7 @@ Sheet {
     }
     Scroller {
         id: scroll
+        enabled: App.report === null
         anchors { left: parent.left; right: parent.right; top: bar.bottom; bottom: parent.bottom; margins: Theme.l }
         ColumnLayout {
             width: scroll.availableWidth
