@@ -19,7 +19,7 @@ CONTROLS = {
     Atspi.Role.PUSH_BUTTON, Atspi.Role.CHECK_BOX, Atspi.Role.RADIO_BUTTON, Atspi.Role.SLIDER,
     Atspi.Role.TOGGLE_BUTTON, Atspi.Role.TEXT, Atspi.Role.ENTRY, Atspi.Role.LIST_ITEM,
     Atspi.Role.LIST, Atspi.Role.PROGRESS_BAR, Atspi.Role.DIALOG, Atspi.Role.GROUPING,
-    Atspi.Role.IMAGE, Atspi.Role.ANIMATION, Atspi.Role.HEADING,
+    Atspi.Role.IMAGE, Atspi.Role.ANIMATION, Atspi.Role.HEADING, Atspi.Role.LABEL,
 }
 
 

@@ -35,6 +35,7 @@ Rectangle {
             elide: Text.ElideRight
             Accessible.role: Accessible.Heading
             Accessible.name: text
+            Accessible.ignored: text === ""
         }
         RowLayout {
             id: trailing

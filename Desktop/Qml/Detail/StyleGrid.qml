@@ -46,7 +46,7 @@ ColumnLayout {
                         font.pixelSize: Theme.body
                         font.weight: style.modelData.isSelected ? Font.DemiBold : Font.Medium
                         fontSizeMode: Text.Fit
-                        minimumPixelSize: 11
+                        minimumPixelSize: 10
                         wrapMode: Text.WordWrap
                         maximumLineCount: 2
                         horizontalAlignment: Text.AlignHCenter
