@@ -7,6 +7,7 @@
 #include "Desktop/AdLibrary/NoAds.h"
 #include "Desktop/Application/ProjectSettingsFile.h"
 #include "Desktop/FileManager/UserFolders.h"
+#include "Desktop/Localization/PseudoLanguage.h"
 
 namespace quillmere {
 namespace {
@@ -25,12 +26,15 @@ std::unique_ptr<OfflineAds> adsOf(const ProjectSettings& settings, Dispatch& dis
 
 }  // namespace
 
-Result<std::unique_ptr<DesktopPlatform>> DesktopPlatform::make() {
+Result<std::unique_ptr<DesktopPlatform>> DesktopPlatform::make(std::string_view language) {
     auto bundle = ResourceBundle::besideTheProgram();
     if (!bundle) return bundle.error();
-    const auto english = bundle->urlForResource("en", "json");
-    auto strings = StringsFile::read(english.value_or("en.json"));
+    const bool isPseudo = language == pseudoLanguage;
+    const std::string_view file = isPseudo ? languages.front() : language;
+    auto strings = StringsFile::read(
+        bundle->urlForResource(file, "json").value_or(std::string(file) + ".json"));
     if (!strings) return strings.error();
+    if (isPseudo) strings->transform(pseudolocalized);
     return std::unique_ptr<DesktopPlatform>(
         new DesktopPlatform(*std::move(bundle), *std::move(strings)));
 }

@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <mutex>
+#include <string_view>
 
 #include "Base/Result.h"
 #include "Base/WorkerPool.h"
@@ -25,6 +26,7 @@
 #include "Desktop/ImageIO/DesktopImageMetadata.h"
 #include "Desktop/Localization/StringsFile.h"
 #include "Desktop/Localization/SystemDateFormatter.h"
+#include "Desktop/Localization/UserLanguage.h"
 #include "Desktop/Photos/DesktopPhotoLibrary.h"
 #include "Desktop/RemoteConfig/DesktopRemoteConfig.h"
 #include "Desktop/URLSession/DesktopURLSession.h"
@@ -40,8 +42,10 @@ namespace quillmere {
 /// out, from any thread.
 class DesktopPlatform {
 public:
-    /// Fails, with a sentence for the user, where the program's own resources are missing.
-    static Result<std::unique_ptr<DesktopPlatform>> make();
+    /// Its texts are in `language`, one of `languages` or the pseudo-language. Fails, with a
+    /// sentence for the user, where the program's own resources are missing.
+    static Result<std::unique_ptr<DesktopPlatform>> make(
+        std::string_view language = languages.front());
 
     DesktopDispatch& dispatch() { return dispatch_; }
     CoreML& coreML() { return coreML_; }

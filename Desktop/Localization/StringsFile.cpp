@@ -22,6 +22,10 @@ Result<StringsFile> StringsFile::read(const std::filesystem::path& path) {
     return StringsFile(json.get<Texts>());
 }
 
+void StringsFile::transform(std::string (*change)(std::string_view)) {
+    for (auto& [key, text] : texts_) text = change(text);
+}
+
 std::string StringsFile::localizedString(std::string_view key) const {
     const auto found = texts_.find(key);
     return found == texts_.end() ? std::string(key) : found->second;

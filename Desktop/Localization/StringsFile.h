@@ -16,6 +16,9 @@ public:
     /// Fails for a file that is missing or anything but an object of texts.
     static Result<StringsFile> read(const std::filesystem::path& path);
 
+    /// Replaces each text by what `change` makes of it. Before others have the table.
+    void transform(std::string (*change)(std::string_view));
+
     std::string localizedString(std::string_view key) const override;
 
 private:

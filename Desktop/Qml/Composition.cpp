@@ -12,7 +12,7 @@
 namespace quillmere {
 
 Result<Composition*> Composition::make() {
-    auto platform = DesktopPlatform::make();
+    auto platform = DesktopPlatform::make(userLanguage());
     if (!platform) return platform.error();
     if (!(*platform)->photoLibrary()) {
         return Error{"quillmere.application", 1,

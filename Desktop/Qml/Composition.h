@@ -19,7 +19,8 @@ namespace quillmere {
 /// uses it until the process ends.
 class Composition {
 public:
-    /// Fails, with a sentence for the user, where something of the program's own is missing.
+    /// In the user's language. Fails, with a sentence for the user, where something of the
+    /// program's own is missing.
     static Result<Composition*> make();
 
     DesktopPlatform& platform() { return *platform_; }

@@ -23,7 +23,9 @@ Window {
     HomeScreen {
         id: home
         anchors.fill: parent
+        // Nor the keyboard nor a screen reader gets beneath what lies over it.
         enabled: !detail.active && !picker.shown && !cropper.active && !settings.shown
+            && !App.shareSheet.isShown && !App.home.alert.isShown && !App.alert.isShown
         focus: enabled
     }
     Loader {
@@ -31,7 +33,7 @@ Window {
         anchors.fill: parent
         active: App.detail !== null
         sourceComponent: Component { DetailScreen { } }
-        enabled: !settings.shown && App.preview === null
+        enabled: !settings.shown && App.preview === null && !App.shareSheet.isShown
         onActiveChanged: {
             if (active) item.forceActiveFocus()
             else App.home.appear()
@@ -40,6 +42,7 @@ Window {
     Loader {
         anchors.fill: parent
         active: App.preview !== null
+        enabled: !App.shareSheet.isShown
         sourceComponent: Component { VideoPreview { } }
         onLoaded: item.forceActiveFocus()
     }
@@ -60,6 +63,7 @@ Window {
         readonly property bool shown: App.settings !== null
         anchors.fill: parent
         active: shown
+        enabled: !App.shareSheet.isShown && !App.alert.isShown
         sourceComponent: Component { SettingsSheet { } }
         z: 11
     }

@@ -113,8 +113,9 @@ void AppUnderTest::takePicture(const std::string& name) {
     const QImage image = window_->grabWindow();
     EXPECT_FALSE(image.isNull());
     if (!folder) return;
-    const std::string file = name + "-" + std::to_string(window_->width()) +
-                             (bridge().appearance() == "dark" ? "-dark" : "");
+    std::string file = name + "-" + std::to_string(window_->width()) +
+                       (bridge().appearance() == "dark" ? "-dark" : "");
+    if (userLanguage() != languages.front()) file += "-" + std::string(userLanguage());
     EXPECT_TRUE(image.save(qt((std::filesystem::path(folder) / (file + ".png")).string())));
 }
 
@@ -133,6 +134,7 @@ int main(int argc, char** argv) {
                                  "XDG_STATE_HOME", "DBUS_SESSION_BUS_ADDRESS"}) {
         unsetenv(variable);
     }
+    setenv("QUILLMERE_LANGUAGE", "en", 0);
     setenv("HOME", folder.path().c_str(), 1);
     setenv("XDG_RUNTIME_DIR", (folder / "run").c_str(), 1);
     setenv("QT_QPA_PLATFORM", "offscreen", 1);

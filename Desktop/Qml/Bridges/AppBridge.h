@@ -12,6 +12,7 @@
 #include "Desktop/Qml/Bridges/ShareBridge.h"
 #include "Desktop/Qml/Platform/QtAlert.h"
 #include "Desktop/Qml/Platform/ShareSheet.h"
+#include "Quillmere/Models/Services/FormatString.h"
 
 namespace quillmere {
 
@@ -68,6 +69,12 @@ public:
     /// The text of a key in the user's language.
     Q_INVOKABLE QString text(const QString& key) const {
         return qt(localization_.localizedString(key.toStdString()));
+    }
+    /// Likewise, with values for its placeholders.
+    Q_INVOKABLE QString text(const QString& key, const QString& first,
+                             const QString& second = {}) const {
+        return qt(formatString(localization_.localizedString(key.toStdString()),
+                               {first.toStdString(), second.toStdString()}));
     }
     /// Back from the detail screen to the home screen.
     Q_INVOKABLE void back();

@@ -54,8 +54,13 @@ void HomeBridge::pickPictures(const std::vector<PHPickerResult>& results) {
 }
 
 void HomeBridge::pickVideo(const std::vector<PHPickerResult>& results) {
-    VideoPicker{ports_.dispatch,           ports_.fileManager, ports_.videoFiles,
-                ports_.home.inputVideoUrl, ports_.home.alert,  ports_.home.showingVideoPicker}
+    VideoPicker{ports_.dispatch,
+                ports_.fileManager,
+                ports_.videoFiles,
+                ports_.localization,
+                ports_.home.inputVideoUrl,
+                ports_.home.alert,
+                ports_.home.showingVideoPicker}
         .didFinishPicking(results);
 }
 

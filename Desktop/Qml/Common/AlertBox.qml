@@ -9,6 +9,7 @@ Sheet {
 
     shown: alert !== null && alert.isShown
     dismissable: false
+    name: alert ? alert.title : ""
     sheetWidth: Math.min(400, width - 2 * Theme.l)
     sheetHeight: column.implicitHeight + 2 * Theme.xl
     Keys.onEscapePressed: alert.close(-1)
@@ -53,7 +54,7 @@ Sheet {
             visible: !box.alert || box.alert.buttons.length === 0
             Layout.fillWidth: true
             Layout.topMargin: Theme.s
-            text: "OK"
+            text: App.text("OK")
             prominent: true
             focus: true
             onClicked: box.alert.close(-1)

@@ -18,6 +18,7 @@ Rectangle {
         id: title
         visible: card.heading !== ""
         text: card.heading
+        horizontalAlignment: Text.AlignLeft
         color: Theme.secondaryText
         font.pixelSize: Theme.body
         font.weight: Font.DemiBold
@@ -44,6 +45,7 @@ Rectangle {
         id: note
         visible: card.footer !== ""
         text: card.footer
+        horizontalAlignment: Text.AlignLeft
         color: Theme.secondaryText
         font.pixelSize: Theme.caption
         wrapMode: Text.Wrap

@@ -16,8 +16,9 @@ T.Button {
     opacity: enabled ? 1 : 0.4
     focusPolicy: Qt.StrongFocus
     Accessible.name: text
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: { if (checkable) toggle(); clicked() }
+    Keys.onEnterPressed: { if (checkable) toggle(); clicked() }
+    Accessible.onPressAction: { if (checkable) toggle(); clicked() }
 
     contentItem: Item {
         Symbol {

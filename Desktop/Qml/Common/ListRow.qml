@@ -15,8 +15,10 @@ T.Button {
     focusPolicy: Qt.StrongFocus
     Accessible.name: text
     Accessible.description: detail
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
+    Accessible.onPressAction: clicked()
+    Accessible.onToggleAction: clicked()
 
     contentItem: Item {
         Symbol {
@@ -41,6 +43,7 @@ T.Button {
                 width: parent.width
                 text: row.text
                 color: Theme.text
+                horizontalAlignment: Text.AlignLeft  // the side that the window's lines begin at
                 font.pixelSize: Theme.callout
                 wrapMode: Text.Wrap
             }
@@ -48,6 +51,7 @@ T.Button {
                 width: parent.width
                 visible: row.detail !== ""
                 text: row.detail
+                horizontalAlignment: Text.AlignLeft
                 color: Theme.secondaryText
                 font.pixelSize: Theme.caption
                 wrapMode: Text.Wrap

@@ -11,15 +11,20 @@ T.Button {
     property color textColor: prominent ? Theme.accentText : Theme.text
 
     implicitHeight: Theme.controlHeight
-    implicitWidth: Math.max(implicitHeight, row.implicitWidth + (text === "" ? 0 : 2 * Theme.l))
+    implicitWidth: Math.max(implicitHeight, Math.ceil(natural.advanceWidth) + signWidth + 2 * Theme.l)
     font.pixelSize: Theme.callout
     font.weight: prominent ? Font.DemiBold : Font.Medium
     hoverEnabled: true
     opacity: enabled ? 1 : 0.45
     focusPolicy: Qt.StrongFocus
     Accessible.name: text
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
+    Accessible.onPressAction: clicked()
+
+    readonly property real signWidth: symbol === "" ? 0 : 20 + Theme.s
+    // Of the text at its full size: the label itself may be made smaller.
+    TextMetrics { id: natural; font: button.font; text: button.text }
 
     contentItem: Item {
         Row {
@@ -39,8 +44,10 @@ T.Button {
                 font: button.font
                 color: button.textColor
                 elide: Text.ElideRight
-                width: Math.min(implicitWidth, button.width - 2 * Theme.s
-                    - (button.symbol === "" ? 0 : 20 + Theme.s))
+                fontSizeMode: Text.HorizontalFit
+                minimumPixelSize: 11
+                width: Math.min(Math.ceil(natural.advanceWidth) + 1,
+                                button.width - 2 * Theme.s - button.signWidth)
                 anchors.verticalCenter: parent.verticalCenter
             }
         }

@@ -6,11 +6,14 @@ import QtQuick.Templates as T
 RowLayout {
     id: segments
 
+    property string title
     property var names: []
     property int current: 0
     signal chosen(int index)
 
     spacing: Theme.s
+    Accessible.role: Accessible.Grouping
+    Accessible.name: title
     Repeater {
         model: segments.names
         T.Button {
@@ -27,7 +30,9 @@ RowLayout {
             Accessible.name: text
             Accessible.role: Accessible.RadioButton
             Accessible.checked: isCurrent
-            Keys.onReturnPressed: click()
+            Keys.onReturnPressed: clicked()
+            Keys.onEnterPressed: clicked()
+            Accessible.onPressAction: clicked()
             onClicked: segments.chosen(index)
             contentItem: Text {
                 text: segment.text

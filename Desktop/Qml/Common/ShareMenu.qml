@@ -16,6 +16,7 @@ Sheet {
     })
 
     shown: sheet.isShown
+    name: App.text("Share")
     sheetWidth: 400
     sheetHeight: column.implicitHeight + 2 * Theme.l
     onDismissed: sheet.close()

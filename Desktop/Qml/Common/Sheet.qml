@@ -10,6 +10,7 @@ FocusScope {
     property real sheetWidth: 480
     property real sheetHeight: 490
     property bool dismissable: true
+    property string name
     default property alias content: body.data
     readonly property bool narrow: width < 600
     signal dismissed()
@@ -21,6 +22,8 @@ FocusScope {
     onShownChanged: if (shown) forceActiveFocus()
     Behavior on opacity { NumberAnimation { duration: Theme.calm; easing.type: Easing.OutCubic } }
     Keys.onEscapePressed: if (dismissable) dismissed()
+    Accessible.role: Accessible.Dialog
+    Accessible.name: name
 
     Rectangle {
         anchors.fill: parent

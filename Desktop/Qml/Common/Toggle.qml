@@ -29,7 +29,8 @@ T.Switch {
             text: toggle.text
             color: Theme.text
             font.pixelSize: Theme.callout
-            elide: Text.ElideRight
+            wrapMode: Text.Wrap
+            horizontalAlignment: Text.AlignLeft
         }
     }
     indicator: Rectangle {

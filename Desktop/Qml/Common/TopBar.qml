@@ -28,12 +28,14 @@ Rectangle {
             Layout.fillWidth: true
             Layout.leftMargin: Theme.s
             text: bar.title
+            horizontalAlignment: Text.AlignLeft
             color: Theme.text
             font.pixelSize: Theme.headline
             font.weight: Font.DemiBold
             elide: Text.ElideRight
             Accessible.role: Accessible.Heading
             Accessible.name: text
+            Accessible.ignored: text === ""
         }
         RowLayout {
             id: trailing

@@ -17,6 +17,10 @@ Item {
     Behavior on opacity { NumberAnimation { duration: Theme.calm } }
     Accessible.role: Accessible.ProgressBar
     Accessible.name: App.text("Processing")
+    // What a screen reader asks a progress bar for.
+    readonly property real value: Math.max(0, progress)
+    readonly property real from: 0
+    readonly property real to: 1
 
     Rectangle {
         anchors.fill: parent

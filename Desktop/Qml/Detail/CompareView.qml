@@ -18,6 +18,12 @@ FocusScope {
     activeFocusOnTab: true
     Accessible.role: Accessible.Slider
     Accessible.name: App.text("CompareDivider")
+    Accessible.onIncreaseAction: moveBy(0.05)
+    Accessible.onDecreaseAction: moveBy(-0.05)
+    // What a screen reader asks a slider for.
+    readonly property real value: position
+    readonly property real from: 0
+    readonly property real to: 1
     Keys.onLeftPressed: (event) => step(event, -1)
     Keys.onRightPressed: (event) => step(event, 1)
     Keys.onPressed: (event) => {
@@ -40,6 +46,10 @@ FocusScope {
     readonly property real pictureTop: shownHeight <= height ? (height - shownHeight) / 2
         : Math.max(height - shownHeight, Math.min(0, height / 2 - centreY * shownHeight))
 
+    // Of the view's width, towards the end that lines run to.
+    function moveBy(share) {
+        dragged(divider + (rightToLeft ? -share : share) * width)
+    }
     function step(event, direction) {
         dragged(divider + direction * width * (event.modifiers & Qt.ShiftModifier ? 0.01 : 0.05))
         event.accepted = true

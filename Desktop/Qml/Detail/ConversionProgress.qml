@@ -15,6 +15,10 @@ Item {
     visible: dim.opacity > 0
     Accessible.role: Accessible.ProgressBar
     Accessible.name: App.text("Processing")
+    // What a screen reader asks a progress bar for.
+    readonly property real value: Math.max(0, progress)
+    readonly property real from: 0
+    readonly property real to: 1
 
     Rectangle {
         id: dim

@@ -19,6 +19,7 @@ FocusScope {
         id: column
         anchors.fill: parent
         enabled: screen.detail !== null && !screen.covered && !screen.detail.showsShareView
+            && screen.detail.format === null && !screen.detail.alert.isShown
 
         TopBar {
             id: bar
@@ -94,7 +95,8 @@ FocusScope {
                         visible: screen.detail !== null && !screen.detail.isVideo
                         symbol: "down"
                         text: screen.detail ? screen.detail.formatName : ""
-                        Accessible.name: App.text("SaveFormat") + ": " + text
+                        Accessible.name: App.text("SaveFormat")
+                        Accessible.description: text
                         onClicked: screen.detail.formatTapped()
                     }
                     PlainButton {

@@ -10,6 +10,7 @@ Sheet {
     property var format: null
 
     shown: format !== null
+    name: App.text("SaveFormat")
     sheetWidth: 460
     sheetHeight: 490
 
@@ -21,10 +22,9 @@ Sheet {
         radius: 3
         color: Theme.line
     }
-    ScrollView {
+    Scroller {
         id: scroll
         anchors { fill: parent; margins: Theme.l; topMargin: Theme.xl }
-        contentWidth: availableWidth
         ColumnLayout {
             width: scroll.availableWidth
             spacing: Theme.l

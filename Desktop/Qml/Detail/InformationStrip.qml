@@ -58,15 +58,19 @@ Rectangle {
             onClicked: strip.detail.resolutionLimitTapped()
         }
         RowLayout {
+            Accessible.role: Accessible.StaticText
+            Accessible.name: strip.detail
+                ? App.text("SizeChange", strip.detail.sourceSize, strip.detail.resultSize) : ""
             Layout.alignment: Qt.AlignHCenter
             spacing: Theme.s
-            Text { text: strip.detail ? strip.detail.sourceSize : ""; color: "#d5dae1"; font.pixelSize: Theme.body }
-            Text { text: "→"; color: "#d5dae1"; font.pixelSize: Theme.body }
+            Text { text: strip.detail ? strip.detail.sourceSize : ""; color: "#d5dae1"; font.pixelSize: Theme.body; Accessible.ignored: true }
+            Text { text: strip.LayoutMirroring.enabled ? "←" : "→"; color: "#d5dae1"; font.pixelSize: Theme.body; Accessible.ignored: true }
             Text {
                 text: strip.detail ? strip.detail.resultSize : ""
                 color: "#ffffff"
                 font.pixelSize: Theme.body
                 font.weight: Font.Bold
+                Accessible.ignored: true
             }
         }
     }

@@ -14,6 +14,8 @@ Item {
     visible: dim.opacity > 0
     onShownChanged: if (shown) forceActiveFocus()
     Keys.onEscapePressed: App.detail.shareBackgroundTapped()
+    Accessible.role: Accessible.Dialog
+    Accessible.name: App.text("CompletedToSave")
 
     Rectangle {
         id: dim
@@ -62,6 +64,8 @@ Item {
                             width: overlay.share ? overlay.share.picture.width * fit : 0
                             height: overlay.share ? overlay.share.picture.height * fit : 0
                             picture: overlay.share ? overlay.share.picture : undefined
+                            Accessible.role: Accessible.Graphic
+                            Accessible.name: App.text("ConvertedPicture")
                         }
                         Rectangle {
                             // The check mark springs in.

@@ -11,6 +11,8 @@ ColumnLayout {
     signal tapped(int style)
 
     spacing: Theme.s
+    Accessible.role: Accessible.Grouping
+    Accessible.name: App.text("Styles")
 
     Repeater {
         model: grid.rows
@@ -33,7 +35,9 @@ ColumnLayout {
                     Accessible.name: text
                     Accessible.role: Accessible.RadioButton
                     Accessible.checked: modelData.isSelected
-                    Keys.onReturnPressed: click()
+                    Keys.onReturnPressed: clicked()
+                    Keys.onEnterPressed: clicked()
+                    Accessible.onPressAction: clicked()
                     onClicked: grid.tapped(modelData.style)
                     contentItem: Text {
                         text: style.text
@@ -41,8 +45,10 @@ ColumnLayout {
                             : style.modelData.isGray ? Theme.secondaryText : Theme.text
                         font.pixelSize: Theme.body
                         font.weight: style.modelData.isSelected ? Font.DemiBold : Font.Medium
-                        fontSizeMode: Text.HorizontalFit
+                        fontSizeMode: Text.Fit
                         minimumPixelSize: 10
+                        wrapMode: Text.WordWrap
+                        maximumLineCount: 2
                         horizontalAlignment: Text.AlignHCenter
                         verticalAlignment: Text.AlignVCenter
                         leftPadding: 4

@@ -58,6 +58,8 @@ FocusScope {
                 width: lies ? parent.height : parent.width
                 height: lies ? parent.width : parent.height
                 rotation: screen.preview ? screen.preview.rotation : 0
+                Accessible.role: Accessible.Animation
+                Accessible.name: App.text("Video")
             }
             TapHandler { onTapped: screen.toggle() }
         }

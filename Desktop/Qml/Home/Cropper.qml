@@ -74,6 +74,8 @@ FocusScope {
                 height: shown.kept.height
                 color: "transparent"
                 border { color: "#ffffff"; width: 2 }
+                Accessible.role: Accessible.Graphic
+                Accessible.name: App.text("CropArea")
                 Repeater {
                     model: 2
                     Rectangle {

@@ -18,7 +18,9 @@ FocusScope {
         hoverEnabled: true
         focusPolicy: Qt.StrongFocus
         Accessible.name: text
-        Keys.onReturnPressed: click()
+        Keys.onReturnPressed: clicked()
+        Keys.onEnterPressed: clicked()
+        Accessible.onPressAction: clicked()
         contentItem: Item { }
         background: Rectangle {
             radius: Theme.radiusL
@@ -63,10 +65,9 @@ FocusScope {
         }
     }
 
-    ScrollView {
+    Scroller {
         id: scroll
         anchors.fill: parent
-        contentWidth: availableWidth
         Item {
             width: scroll.availableWidth
             implicitHeight: column.height + 2 * column.anchors.topMargin
@@ -176,10 +177,16 @@ FocusScope {
                                 onClicked: App.home.selectVideoTapped()
                             }
                         }
-                        RowLayout {
+                        GridLayout {
+                            // One below the other where a language needs more room.
+                            readonly property bool narrow: width < columnSpacing
+                                + 2 * Math.max(settings.implicitWidth, invite.implicitWidth)
                             Layout.fillWidth: true
-                            spacing: Theme.m
+                            columns: narrow ? 1 : 2
+                            columnSpacing: Theme.m
+                            rowSpacing: Theme.m
                             PlainButton {
+                                id: settings
                                 Layout.fillWidth: true
                                 Layout.preferredWidth: 1
                                 symbol: "gear"
@@ -187,6 +194,7 @@ FocusScope {
                                 onClicked: App.home.showSettings = true
                             }
                             PlainButton {
+                                id: invite
                                 Layout.fillWidth: true
                                 Layout.preferredWidth: 1
                                 symbol: "share"

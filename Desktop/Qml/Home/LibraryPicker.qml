@@ -10,6 +10,7 @@ Sheet {
     readonly property var library: App.home.library
     readonly property bool several: App.home.selectsMultiple && !App.home.showsVideoPicker
 
+    name: bar.title
     sheetWidth: 980
     sheetHeight: 760
     onShownChanged: {
@@ -31,7 +32,7 @@ Sheet {
             visible: picker.several
             enabled: picker.library.selectionCount > 0
             prominent: true
-            text: App.text("Add") + (enabled ? " (" + picker.library.selectionCount + ")" : "")
+            text: enabled ? App.text("AddCount", picker.library.selectionCount) : App.text("Add")
             onClicked: App.home.picked()
         }
     }
@@ -45,6 +46,8 @@ Sheet {
         cellWidth: Math.floor(width / columns)
         cellHeight: cellWidth
         model: picker.library
+        Accessible.role: Accessible.List
+        Accessible.name: bar.title
         clip: true
         keyNavigationEnabled: true
         cacheBuffer: 600
@@ -69,6 +72,11 @@ Sheet {
             height: grid.cellHeight
             Accessible.role: Accessible.ListItem
             Accessible.name: name
+            Accessible.focusable: true
+            Accessible.focused: grid.activeFocus && grid.currentIndex === index
+            Accessible.selectable: picker.several
+            Accessible.selected: number > 0
+            Accessible.onPressAction: grid.take(index)
             Rectangle {
                 anchors { fill: parent; margins: 2 }
                 color: Theme.fill

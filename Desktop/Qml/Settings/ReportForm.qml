@@ -29,6 +29,7 @@ FocusScope {
             Layout.leftMargin: Theme.l
             Layout.rightMargin: Theme.l
             text: App.text("FormDescription")
+            horizontalAlignment: Text.AlignLeft
             color: Theme.secondaryText
             font.pixelSize: Theme.body
             wrapMode: Text.Wrap
@@ -73,6 +74,7 @@ FocusScope {
     BusyIndicator {
         anchors.centerIn: parent
         running: form.held
+        Accessible.name: App.text("Loading")
         palette.dark: Theme.accent
     }
     AlertBox { alert: form.report ? form.report.alert : null }

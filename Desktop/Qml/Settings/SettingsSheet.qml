@@ -15,6 +15,7 @@ Sheet {
     }
 
     shown: true
+    name: App.text("Settings")
     sheetWidth: 560
     sheetHeight: 720
     onDismissed: close()
@@ -23,15 +24,16 @@ Sheet {
     TopBar {
         id: bar
         width: parent.width
+        enabled: App.report === null
         title: App.text("Settings")
         backText: App.text("Close")
         backSymbol: "close"
         onBack: sheet.close()
     }
-    ScrollView {
+    Scroller {
         id: scroll
+        enabled: App.report === null
         anchors { left: parent.left; right: parent.right; top: bar.bottom; bottom: parent.bottom; margins: Theme.l }
-        contentWidth: availableWidth
         ColumnLayout {
             width: scroll.availableWidth
             spacing: Theme.xl
@@ -41,6 +43,7 @@ Sheet {
                 Segments {
                     Layout.fillWidth: true
                     Layout.margins: Theme.m
+                    title: App.text("ResolutionLimitForOriginalImage")
                     names: ["1024px", "2048px"]
                     current: sheet.settings ? sheet.settings.limitIndex : 0
                     onChosen: (index) => sheet.settings.limitIndex = index

@@ -8,6 +8,7 @@
 #include "Base/Invariant.h"
 #include "Quillmere/Models/Services/AnalyticsEvents.h"
 #include "Quillmere/Models/Services/FormatString.h"
+#include "Quillmere/Models/Services/LocalizedReason.h"
 #include "Quillmere/Models/Services/ResolutionLimit.h"
 
 namespace quillmere {
@@ -37,8 +38,9 @@ void TileEngine::enhanceImage(EnhanceStyle style, const UIImage& image, const Pr
 
     const auto visionModel = ports_.vision.modelForMLModel(model);
     if (!visionModel) {
-        return completion(std::nullopt,
-                          failedToConvertMessage(6) + visionModel.error().localizedDescription);
+        return completion(
+            std::nullopt,
+            failedToConvertMessage(6) + localizedReason(visionModel.error(), ports_.localization));
     }
     const auto request = ports_.vision.requestWithModel(*visionModel);
 
@@ -65,7 +67,7 @@ void TileEngine::runTile(Run& run, const Tile& tile) {
         return run.fail(failedToConvertMessage(5) +
                         "\nThere is a possibility of insufficient memory."
                         "\n*iPhone 7 and earlier devices are not supported.\n" +
-                        performed.error().localizedDescription);
+                        localizedReason(performed.error(), ports_.localization));
     }
 
     const auto results = run.request.results();

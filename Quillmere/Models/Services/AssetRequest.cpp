@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "Base/Invariant.h"
+#include "Quillmere/Models/Services/LocalizedReason.h"
 
 namespace quillmere {
 
@@ -47,7 +48,7 @@ std::string saveFailureMessage(const std::optional<Error>& error,
         case PHPhotosErrorNotEnoughSpace:
             return localization.localizedString("error.notEnoughSpace");
         default:
-            return error->localizedDescription;
+            return localizedReason(*error, localization);
     }
 }
 

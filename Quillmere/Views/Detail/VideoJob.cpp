@@ -8,6 +8,7 @@
 
 #include "Base/Invariant.h"
 #include "Quillmere/Models/Services/AnalyticsEvents.h"
+#include "Quillmere/Models/Services/LocalizedReason.h"
 #include "Quillmere/Models/Services/PreferenceKeys.h"
 #include "Quillmere/Models/Video/FrameEnhancer.h"
 #include "Quillmere/Views/Detail/DetailViewModel.h"
@@ -170,7 +171,7 @@ void VideoJob::videoSaveFailed(const Error& error) {
     model->isConverting.set(false);
     if (!model->originalImage) invariantBroken();
     const Size size = model->originalImage->size();
-    std::string message = error.localizedDescription;
+    std::string message = localizedReason(error, ports_.localization);
     if (std::max(size.width, size.height) > 1024.0 &&
         ports_.userDefaults.integerForKey(resolutionLimitIndexKey) == 1) {
         message += "\n" + ports_.localization.localizedString("MayBeTooLargeError");

@@ -5,6 +5,7 @@
 #include <numbers>
 
 #include "Quillmere/Models/Services/AnalyticsEvents.h"
+#include "Quillmere/Models/Services/LocalizedReason.h"
 #include "Quillmere/Models/Services/PreferenceKeys.h"
 #include "Quillmere/Views/Common/TopViewController.h"
 
@@ -54,7 +55,7 @@ void VideoPreviewViewModel::savedTheOlderWay(const std::optional<Error>& error) 
 }
 
 void VideoPreviewViewModel::showError(const Error& error, bool tooLarge) {
-    std::string message = error.localizedDescription;
+    std::string message = localizedReason(error, ports_.localization);
     if (tooLarge) message += "\n" + ports_.localization.localizedString("MayBeTooLargeError");
     alert.set(AlertTypes::defaultButton(ports_.localization.localizedString("Error"), message));
 }

@@ -1,5 +1,7 @@
 #include "Quillmere/Views/Home/VideoPicker.h"
 
+#include "Quillmere/Models/Services/LocalizedReason.h"
+
 namespace quillmere {
 
 void VideoPicker::didFinishPicking(const std::vector<PHPickerResult>& results) const {
@@ -16,8 +18,8 @@ void VideoPicker::didFinishPicking(const std::vector<PHPickerResult>& results) c
                 if (copy) {
                     picker.videoURL.set(*copy);
                 } else {
-                    picker.alert.set(
-                        AlertTypes::defaultButton(copy.error().localizedDescription, std::nullopt));
+                    picker.alert.set(AlertTypes::defaultButton(
+                        localizedReason(copy.error(), picker.localization), std::nullopt));
                 }
             });
         });

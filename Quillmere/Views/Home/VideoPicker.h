@@ -8,6 +8,7 @@
 #include "Base/Published.h"
 #include "Platform/Dispatch/Dispatch.h"
 #include "Platform/FileManager/FileManager.h"
+#include "Platform/Localization/Localization.h"
 #include "Platform/Photos/PHPickerResult.h"
 #include "Quillmere/Models/Video/VideoFileManager.h"
 #include "Quillmere/Views/Common/AlertTypes.h"
@@ -22,6 +23,7 @@ struct VideoPicker {
     Dispatch& dispatch;
     FileManager& fileManager;
     VideoFileManager& videoFiles;
+    const Localization& localization;
     Published<std::optional<std::filesystem::path>>& videoURL;
     Published<std::optional<AlertTypes>>& alert;
     Published<bool>& isPresented;

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <utility>
 
+#include "Quillmere/Models/Services/LocalizedReason.h"
 #include "Quillmere/Views/Common/TopViewController.h"
 
 namespace quillmere {
@@ -59,7 +60,7 @@ void ReportFormView::send() {
 
 void ReportFormView::answered(const Result<URLAnswer>& answer) {
     ports_.dispatch.mainQueue().async([self = shared_from_this()] { self->isLoading.set(false); });
-    if (!answer) return showError(answer.error().localizedDescription);
+    if (!answer) return showError(localizedReason(answer.error(), ports_.localization));
     if (!answer->response) return;
     const int status = answer->response->statusCode;
     if (status != success) return showError("error code: " + std::to_string(status));

@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include "Quillmere/Models/Services/LocalizedReason.h"
+#include "Tests/Fakes/FakeLocalization.h"
+
 namespace quillmere {
 namespace {
 
@@ -11,6 +14,14 @@ TEST(FormatString, FillsPlaceholdersAndLeavesStrangersAlone) {
     EXPECT_EQ(formatString("%2$@ %1$@", {"a", "b"}), "b a");
     EXPECT_EQ(formatString("100%% %@", {"%@"}), "100% %@");
     EXPECT_EQ(formatString("%@ %3$@ %d %", {}), "%@ %3$@ %d %");
+}
+
+TEST(LocalizedReason, IsTheTablesOrElseTheErrorsOwn) {
+    CallLog log;
+    FakeLocalization localization(log);
+    localization.texts["domain.-5"] = "Der Grund";
+    EXPECT_EQ(localizedReason({"domain", -5, "The reason"}, localization), "Der Grund");
+    EXPECT_EQ(localizedReason({"domain", 5, "The reason"}, localization), "The reason");
 }
 
 }  // namespace

@@ -276,8 +276,13 @@ TEST_F(HomeTest, AVideoOpensWithItsFirstFrameAndABadOneOnlyStopsTheLoading) {
 TEST_F(HomeTest, APickedVideoIsCopiedWhileItIsThere) {
     const auto pickVideo = [this](std::shared_ptr<FakeItemProvider> provider) {
         home.showingVideoPicker.set(true);
-        VideoPicker{*dispatch,          fileManager, videoFiles,
-                    home.inputVideoUrl, home.alert,  home.showingVideoPicker}
+        VideoPicker{*dispatch,
+                    fileManager,
+                    videoFiles,
+                    localization,
+                    home.inputVideoUrl,
+                    home.alert,
+                    home.showingVideoPicker}
             .didFinishPicking({{std::nullopt, provider}});
         EXPECT_FALSE(home.showingVideoPicker.get());
     };

@@ -1,0 +1,15 @@
+#!/usr/bin/env bash
+# Runs accessibility.py over the real application, on a display and a bus of its own and in an
+# empty home: `accessibility.sh QUILLMERE`.
+set -euo pipefail
+export HOME
+HOME=$(mktemp -d)
+trap 'rm -rf "$HOME"' EXIT
+export XDG_RUNTIME_DIR=$HOME/run QT_QUICK_BACKEND=software QT_QPA_PLATFORM=xcb \
+    QT_LINUX_ACCESSIBILITY_ALWAYS_ON=1 QUILLMERE_LANGUAGE=en
+unset XDG_DATA_HOME XDG_CACHE_HOME XDG_CONFIG_HOME XDG_STATE_HOME WAYLAND_DISPLAY
+mkdir -m 700 "$XDG_RUNTIME_DIR"
+# Debian's own Python, which its bindings belong to.
+xvfb-run --auto-servernum --server-args="-screen 0 1120x780x24 -nolisten tcp" \
+    dbus-run-session -- /usr/bin/python3 "$(dirname "$0")/accessibility.py" "$1" 2>"$HOME/log" ||
+    { cat "$HOME/log" >&2; exit 1; }
