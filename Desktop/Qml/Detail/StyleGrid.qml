@@ -46,9 +46,9 @@ ColumnLayout {
                         font.pixelSize: Theme.body
                         font.weight: style.modelData.isSelected ? Font.DemiBold : Font.Medium
                         fontSizeMode: Text.Fit
-                        minimumPixelSize: 10
+                        minimumPixelSize: 9
                         wrapMode: Text.WordWrap
-                        maximumLineCount: 2
+                        maximumLineCount: 3
                         horizontalAlignment: Text.AlignHCenter
                         verticalAlignment: Text.AlignVCenter
                         leftPadding: 4
