@@ -101,6 +101,8 @@ class Application:
 
 
 def main():
+    # The registry has to be there before the application looks for it.
+    until("the registry", lambda: Atspi.get_desktop(0).get_child_count() >= 0)
     process = subprocess.Popen([sys.argv[1]])
     try:
         app = Application(process.pid)
