@@ -1,5 +1,6 @@
 // The roads of a picture and a video through the real window, over everything real.
 #include <QClipboard>
+#include <QFile>
 #include <QMimeData>
 #include <QStyleHints>
 #include <cstdlib>
@@ -8,6 +9,7 @@
 #include <memory>
 #include <utility>
 
+#include "Quillmere/Models/Services/MoreApp.h"
 #include "Tests/Desktop/ImageIO/ExifTool.h"
 #include "Tests/Qml/AppUnderTest.h"
 
@@ -186,6 +188,15 @@ TEST_F(WindowTest, APictureOpensHoweverItIsBrought) {
             app.press(Qt::Key_Escape);
             return app.bridge().detail() == nullptr;
         })) << name;
+    }
+}
+
+TEST_F(WindowTest, EachOtherApplicationHasASignOfItsOwn) {
+    QFile symbols(":/qt/qml/Quillmere/Common/Symbol.qml");
+    ASSERT_TRUE(symbols.open(QIODevice::ReadOnly));
+    const QByteArray paths = symbols.readAll();
+    for (const MoreApp& other : allMoreApps) {
+        EXPECT_EQ(paths.count('"' + QByteArray(other.icon) + "\": "), 1) << other.title;
     }
 }
 

@@ -12,6 +12,9 @@ class AdBridge final : public Bridge {
     /// Names of applications; empty without an ad.
     Q_PROPERTY(QString fullScreen READ fullScreen NOTIFY fullScreenChanged)
     Q_PROPERTY(QString banner READ banner NOTIFY bannerChanged)
+    /// The signs of these, by the names of Symbol.qml.
+    Q_PROPERTY(QString fullScreenIcon READ fullScreenIcon NOTIFY fullScreenChanged)
+    Q_PROPERTY(QString bannerIcon READ bannerIcon NOTIFY bannerChanged)
     /// Whether there is a page to open.
     Q_PROPERTY(bool hasStore READ hasStore CONSTANT)
 
@@ -29,6 +32,8 @@ public:
 
     QString fullScreen() const { return nameOf(ports_.stage.fullScreen.get()); }
     QString banner() const { return nameOf(ports_.stage.banner.get()); }
+    QString fullScreenIcon() const { return iconOf(ports_.stage.fullScreen.get()); }
+    QString bannerIcon() const { return iconOf(ports_.stage.banner.get()); }
     bool hasStore() const { return !ports_.settings.makerStorePage.empty(); }
 
     Q_INVOKABLE void closeFullScreen() {
@@ -43,6 +48,7 @@ signals:
 
 private:
     static QString nameOf(const MoreApp* app) { return app ? QString(app->title) : QString(); }
+    static QString iconOf(const MoreApp* app) { return app ? QString(app->icon) : QString(); }
     void open(const MoreApp* app) {
         const auto page = app ? storePageOf(*app, ports_.settings) : std::nullopt;
         if (page) ports_.application.openURL(*page, nullptr);

@@ -59,7 +59,7 @@ FocusScope {
             implicitHeight: 120
             radius: Theme.radiusL
             color: Theme.fill
-            Symbol { anchors.centerIn: parent; name: "apps"; color: Theme.accent; size: 64 }
+            Symbol { anchors.centerIn: parent; name: App.ads.fullScreenIcon; color: Theme.accent; size: 64 }
         }
         Text {
             Layout.fillWidth: true

@@ -21,7 +21,7 @@ Rectangle {
             implicitHeight: 40
             radius: Theme.radiusS
             color: Theme.fill
-            Symbol { anchors.centerIn: parent; name: "apps"; color: Theme.accent; size: 24 }
+            Symbol { anchors.centerIn: parent; name: App.ads.bannerIcon; color: Theme.accent; size: 24 }
         }
         ColumnLayout {
             Layout.fillWidth: true

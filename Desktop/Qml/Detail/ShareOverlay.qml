@@ -143,7 +143,7 @@ Item {
                                 Layout.fillWidth: true
                                 Layout.preferredWidth: 1
                                 text: App.moreApps[modelData].title
-                                symbol: "apps"
+                                symbol: App.moreApps[modelData].icon
                                 onClicked: overlay.share.moreAppTapped(modelData)
                             }
                         }

@@ -94,7 +94,7 @@ FocusScope {
                     heading: App.text("MoreApps")
                     ListRow {
                         Layout.fillWidth: true
-                        symbol: "apps"
+                        symbol: App.moreApps[App.home.moreApp].icon
                         text: App.moreApps[App.home.moreApp].title
                         onClicked: App.home.moreAppTapped()
                     }

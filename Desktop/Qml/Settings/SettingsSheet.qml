@@ -81,7 +81,7 @@ Sheet {
                         required property var modelData
                         required property int index
                         Layout.fillWidth: true
-                        symbol: "apps"
+                        symbol: modelData.icon
                         text: modelData.title
                         onClicked: sheet.settings.moreAppTapped(index)
                     }
