@@ -1,8 +1,7 @@
 // A button that is only a sign; its text is what it is called.
 import QtQuick
-import QtQuick.Templates as T
 
-T.Button {
+Pressable {
     id: button
 
     property string symbol
@@ -12,13 +11,7 @@ T.Button {
 
     implicitWidth: Theme.controlHeight
     implicitHeight: Theme.controlHeight
-    hoverEnabled: true
     opacity: enabled ? 1 : 0.4
-    focusPolicy: Qt.StrongFocus
-    Accessible.name: text
-    Keys.onReturnPressed: { if (checkable) toggle(); clicked() }
-    Keys.onEnterPressed: { if (checkable) toggle(); clicked() }
-    Accessible.onPressAction: { if (checkable) toggle(); clicked() }
 
     contentItem: Item {
         Symbol {

@@ -1,8 +1,7 @@
 // One line of a list that can be tapped: a sign, a text, and what stands at its end.
 import QtQuick
-import QtQuick.Templates as T
 
-T.Button {
+Pressable {
     id: row
 
     property string symbol
@@ -11,13 +10,7 @@ T.Button {
     property color trailingColor: Theme.secondaryText
 
     implicitHeight: Math.max(54, words.height + 2 * Theme.m)
-    hoverEnabled: true
-    focusPolicy: Qt.StrongFocus
-    Accessible.name: text
     Accessible.description: detail
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
-    Accessible.onPressAction: clicked()
     Accessible.onToggleAction: clicked()
 
     contentItem: Item {

@@ -1,8 +1,7 @@
 // The button of every screen: quiet, or in the accent colour for the one thing to do.
 import QtQuick
-import QtQuick.Templates as T
 
-T.Button {
+Pressable {
     id: button
 
     property string symbol
@@ -14,13 +13,7 @@ T.Button {
     implicitWidth: Math.max(implicitHeight, Math.ceil(natural.advanceWidth) + signWidth + 2 * Theme.l)
     font.pixelSize: Theme.callout
     font.weight: prominent ? Font.DemiBold : Font.Medium
-    hoverEnabled: true
     opacity: enabled ? 1 : 0.45
-    focusPolicy: Qt.StrongFocus
-    Accessible.name: text
-    Keys.onReturnPressed: clicked()
-    Keys.onEnterPressed: clicked()
-    Accessible.onPressAction: clicked()
 
     readonly property real signWidth: symbol === "" ? 0 : 20 + Theme.s
     // Of the text at its full size: the label itself may be made smaller.

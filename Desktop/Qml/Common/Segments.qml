@@ -1,7 +1,6 @@
 // A choice of a few, side by side.
 import QtQuick
 import QtQuick.Layouts
-import QtQuick.Templates as T
 
 RowLayout {
     id: segments
@@ -16,7 +15,7 @@ RowLayout {
     Accessible.name: title
     Repeater {
         model: segments.names
-        T.Button {
+        Pressable {
             id: segment
             required property string modelData
             required property int index
@@ -24,15 +23,9 @@ RowLayout {
             Layout.fillWidth: true
             Layout.preferredWidth: 1
             implicitHeight: 38
-            hoverEnabled: true
-            focusPolicy: Qt.StrongFocus
             text: modelData
-            Accessible.name: text
             Accessible.role: Accessible.RadioButton
             Accessible.checked: isCurrent
-            Keys.onReturnPressed: clicked()
-            Keys.onEnterPressed: clicked()
-            Accessible.onPressAction: clicked()
             onClicked: segments.chosen(index)
             contentItem: Text {
                 text: segment.text

@@ -1,7 +1,6 @@
 // A sheet over a screen: from the bottom of a narrow window, in the middle of a wide one.
 import QtQuick
 import QtQuick.Layouts
-import QtQuick.Templates as T
 
 FocusScope {
     id: sheet

@@ -2,25 +2,12 @@
 import QtQuick
 import "../Common"
 
-Item {
+WorkOverlay {
     id: overlay
-
-    property bool shown: false
-    property real progress: 0
-    // The work is reset when it ends: what was reached stays until the overlay is gone.
-    property real reached: 0
-    onProgressChanged: if (shown) reached = progress
-    onShownChanged: if (shown) reached = progress
 
     visible: opacity > 0
     opacity: shown ? 1 : 0
     Behavior on opacity { NumberAnimation { duration: Theme.calm } }
-    Accessible.role: Accessible.ProgressBar
-    Accessible.name: App.text("Processing")
-    // What a screen reader asks a progress bar for.
-    readonly property real value: Math.max(0, progress)
-    readonly property real from: 0
-    readonly property real to: 1
 
     Rectangle {
         anchors.fill: parent
@@ -40,10 +27,10 @@ Item {
                 anchors.horizontalCenter: parent.horizontalCenter
                 size: 84
                 thickness: 10
-                progress: Math.max(0, overlay.reached)
+                progress: overlay.reached
                 Text {
                     anchors.centerIn: parent
-                    text: App.percentage(Math.max(0, overlay.reached))
+                    text: App.percentage(overlay.reached)
                     color: Theme.text
                     font.pixelSize: Theme.headline
                     font.weight: Font.DemiBold

@@ -2,23 +2,10 @@
 import QtQuick
 import "../Common"
 
-Item {
+WorkOverlay {
     id: overlay
 
-    property bool shown: false
-    property real progress: 0
-    // The work is reset when it ends: what was reached stays until the overlay is gone.
-    property real reached: 0
-    onProgressChanged: if (shown) reached = progress
-    onShownChanged: if (shown) reached = progress
-
     visible: dim.opacity > 0
-    Accessible.role: Accessible.ProgressBar
-    Accessible.name: App.text("Processing")
-    // What a screen reader asks a progress bar for.
-    readonly property real value: Math.max(0, progress)
-    readonly property real from: 0
-    readonly property real to: 1
 
     Rectangle {
         id: dim

@@ -1,7 +1,6 @@
 // The rows of styles.
 import QtQuick
 import QtQuick.Layouts
-import QtQuick.Templates as T
 import "../Common"
 
 ColumnLayout {
@@ -23,21 +22,15 @@ ColumnLayout {
             spacing: Theme.s
             Repeater {
                 model: line.modelData
-                T.Button {
+                Pressable {
                     id: style
                     required property var modelData
                     Layout.fillWidth: true
                     Layout.preferredWidth: 1
                     implicitHeight: Theme.controlHeight
-                    hoverEnabled: true
-                    focusPolicy: Qt.StrongFocus
                     text: modelData.text
-                    Accessible.name: text
                     Accessible.role: Accessible.RadioButton
                     Accessible.checked: modelData.isSelected
-                    Keys.onReturnPressed: clicked()
-                    Keys.onEnterPressed: clicked()
-                    Accessible.onPressAction: clicked()
                     onClicked: grid.tapped(modelData.style)
                     contentItem: Text {
                         text: style.text

@@ -9,18 +9,12 @@ FocusScope {
 
     readonly property bool wide: width >= 820
 
-    component SampleButton: AbstractButton {
+    component SampleButton: Pressable {
         id: sample
         property string picture
         Layout.fillWidth: true
         Layout.preferredWidth: 1
         Layout.preferredHeight: (column.width - Theme.l) / 2 * 0.62
-        hoverEnabled: true
-        focusPolicy: Qt.StrongFocus
-        Accessible.name: text
-        Keys.onReturnPressed: clicked()
-        Keys.onEnterPressed: clicked()
-        Accessible.onPressAction: clicked()
         contentItem: Item { }
         background: Rectangle {
             radius: Theme.radiusL
