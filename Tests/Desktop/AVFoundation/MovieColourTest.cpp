@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "Tests/Desktop/AVFoundation/MovieFiles.h"
+#include "Tests/Desktop/AVFoundation/OneFrameMovie.h"
 
 namespace quillmere {
 namespace {
@@ -29,19 +30,10 @@ protected:
     /// The first frame of a movie of `frame` alone.
     CVPixelBufferRef written(const CVPixelBufferRef& frame, float bitRate, CVPixelFormat format) {
         const auto target = folder / "out.mov";
-        std::filesystem::remove(target);
-        const auto writer = movies.assetWriterWithURL(target, AVFileType::quickTimeMovie).value();
-        const auto input = movies.assetWriterInput(
-            AVVideoOutputSettings{AVVideoCodecType::h264, double(frame->size().width),
-                                  double(frame->size().height), bitRate});
-        writer->addInput(input);
-        writer->startWriting();
-        writer->startSessionAtSourceTime(MediaTime::zero());
-        input->appendSampleBuffer(
-            std::make_shared<CMSampleBuffer>(MediaTime::zero(), MediaTime{1, 25}, frame));
-        Awaited<bool> done;
-        writer->finishWritingWithCompletionHandler([&] { done.set(true); });
-        done.get();
+        writeOneFrame(movies, target,
+                      {AVVideoCodecType::h264, double(frame->size().width),
+                       double(frame->size().height), bitRate},
+                      frame);
         return firstFrame(target, format);
     }
 

@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "Tests/Desktop/AVFoundation/MovieFiles.h"
+#include "Tests/Desktop/AVFoundation/OneFrameMovie.h"
 
 namespace quillmere {
 namespace {
@@ -122,19 +123,7 @@ TEST_F(MovieTimes, TheTurnOfATrackIsWrittenAndReadAsItIs) {
     }
     for (const Case& c : cases) {
         const auto target = folder / "turned.mov";
-        std::filesystem::remove(target);
-        const auto writer = movies.assetWriterWithURL(target, AVFileType::quickTimeMovie).value();
-        const auto input =
-            movies.assetWriterInput(AVVideoOutputSettings{AVVideoCodecType::h264, 160, 90, 0});
-        input->setTransform(c.transform);
-        writer->addInput(input);
-        writer->startWriting();
-        writer->startSessionAtSourceTime(MediaTime::zero());
-        input->appendSampleBuffer(
-            std::make_shared<CMSampleBuffer>(MediaTime::zero(), MediaTime{1, 25}, still));
-        Awaited<bool> done;
-        writer->finishWritingWithCompletionHandler([&] { done.set(true); });
-        done.get();
+        writeOneFrame(movies, target, {AVVideoCodecType::h264, 160, 90, 0}, still, c.transform);
 
         const std::string rotation =
             probe(target, "-show_entries stream_side_data=rotation:stream=index");
