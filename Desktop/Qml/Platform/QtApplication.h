@@ -10,8 +10,9 @@
 
 namespace quillmere {
 
-/// One scene with one window. Sheets and alerts lie in its QML, so that its root controller is
-/// always the top one.
+/// One scene with one window, which is the key window while it can be seen: a screen reader presses
+/// its controls without making it active. Sheets and alerts lie in its QML, so that its root
+/// controller is always the top one.
 class QtApplication final : public UIApplication {
 public:
     void setWindow(QWindow* window) { window_.window = window; }
@@ -32,7 +33,7 @@ private:
     struct Window final : UIWindow {
         QPointer<QWindow> window;
         Root root;
-        bool isKeyWindow() const override { return window && window->isActive(); }
+        bool isKeyWindow() const override { return window && window->isVisible(); }
         UIViewController* rootViewController() const override { return const_cast<Root*>(&root); }
     };
     struct Scene final : UIWindowScene {
