@@ -37,6 +37,7 @@ FocusScope {
         ScrollView {
             Layout.fillWidth: true
             Layout.fillHeight: true
+            focus: true
             Layout.minimumHeight: 60
             Layout.leftMargin: Theme.l
             Layout.rightMargin: Theme.l
