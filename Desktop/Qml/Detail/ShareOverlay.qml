@@ -66,6 +66,12 @@ Item {
                             picture: overlay.share ? overlay.share.picture : undefined
                             Accessible.role: Accessible.Graphic
                             Accessible.name: App.text("ConvertedPicture")
+                            // Out of the window, to wherever the user wants it.
+                            HoverHandler { cursorShape: Qt.OpenHandCursor }
+                            DragHandler {
+                                target: null
+                                onActiveChanged: if (active) App.shareSheet.drag(overlay.share.picture)
+                            }
                         }
                         Rectangle {
                             // The check mark springs in.

@@ -2,8 +2,9 @@
 
 #include <QClipboard>
 #include <QDesktopServices>
+#include <QDrag>
 #include <QGuiApplication>
-#include <QMimeData>
+#include <QPixmap>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QUuid>
@@ -14,6 +15,7 @@ namespace quillmere {
 namespace {
 
 constexpr const char* pictureName = "Quillmere.png";
+constexpr int thumbnailSide = 128;
 
 QString qtPath(const std::filesystem::path& path) { return QString::fromStdString(path.string()); }
 
@@ -22,7 +24,6 @@ QString qtPath(const std::filesystem::path& path) { return QString::fromStdStrin
 void ShareSheet::present(std::vector<ActivityItem> items, UIViewController&) {
     if (items.empty()) return;
     item_ = std::move(items.front());
-    madeFile_.clear();
     emit changed();
 }
 
@@ -46,8 +47,14 @@ QString ShareSheet::suggestedName() const {
 std::filesystem::path ShareSheet::file() {
     if (const auto* path = std::get_if<std::filesystem::path>(&*item_)) return *path;
     const auto* picture = std::get_if<UIImage>(&*item_);
-    if (!picture || !madeFile_.empty()) return madeFile_;
-    const auto png = imageIO_.pngRepresentation(*picture);
+    return picture ? fileOf(*picture) : std::filesystem::path();
+}
+
+std::filesystem::path ShareSheet::fileOf(const UIImage& picture) {
+    if (!madeFile_.empty() && madeOf_.sameAs({picture})) return madeFile_;
+    madeOf_ = {picture};
+    madeFile_.clear();
+    const auto png = imageIO_.pngRepresentation(picture);
     const auto folder = fileManager_.temporaryDirectory() /
                         QUuid::createUuid().toString(QUuid::Id128).toStdString();
     if (png && fileManager_.createDirectory(folder) &&
@@ -57,22 +64,38 @@ std::filesystem::path ShareSheet::file() {
     return madeFile_;
 }
 
+std::unique_ptr<QMimeData> ShareSheet::dataOf(const UIImage& picture) {
+    auto data = std::make_unique<QMimeData>();
+    const Pyramid pyramid = Pyramid::of(picture);
+    if (!pyramid.levels.empty()) data->setImageData(pyramid.levels.front());
+    if (const auto path = fileOf(picture); !path.empty()) {
+        data->setUrls({QUrl::fromLocalFile(qtPath(path))});
+    }
+    return data;
+}
+
 void ShareSheet::copy() {
     if (!item_) return;
-    auto* data = new QMimeData;
+    auto data = std::make_unique<QMimeData>();
     if (const auto* text = std::get_if<std::string>(&*item_)) {
         data->setText(QString::fromStdString(*text));
+    } else if (const auto* picture = std::get_if<UIImage>(&*item_)) {
+        data = dataOf(*picture);
     } else {
-        if (const auto* picture = std::get_if<UIImage>(&*item_)) {
-            const Pyramid pyramid = Pyramid::of(*picture);
-            if (!pyramid.levels.empty()) data->setImageData(pyramid.levels.front());
-        }
-        if (const auto path = file(); !path.empty()) {
-            data->setUrls({QUrl::fromLocalFile(qtPath(path))});
-        }
+        data->setUrls({QUrl::fromLocalFile(qtPath(file()))});
     }
-    QGuiApplication::clipboard()->setMimeData(data);
+    QGuiApplication::clipboard()->setMimeData(data.release());
     close();
+}
+
+void ShareSheet::drag(const Picture& picture) {
+    if (!picture.isThere()) return;
+    auto* drag = new QDrag(this);  // its own end is Qt's
+    auto data = dataOf(*picture.image);
+    drag->setPixmap(QPixmap::fromImage(data->imageData().value<QImage>().scaled(
+        thumbnailSide, thumbnailSide, Qt::KeepAspectRatio, Qt::SmoothTransformation)));
+    drag->setMimeData(data.release());
+    drag->exec(Qt::CopyAction);
 }
 
 bool ShareSheet::saveAs(const QUrl& target) {

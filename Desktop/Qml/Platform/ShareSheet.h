@@ -1,12 +1,15 @@
 // The sheet on which the user chooses what becomes of a picture, a video or a text.
 #pragma once
 
+#include <QMimeData>
 #include <QObject>
 #include <QStringList>
 #include <QUrl>
+#include <memory>
 #include <optional>
 #include <vector>
 
+#include "Desktop/Qml/Pictures/Picture.h"
 #include "Platform/FileManager/FileManager.h"
 #include "Platform/ImageIO/ImageIO.h"
 #include "Platform/Sharing/UIActivityViewController.h"
@@ -39,18 +42,24 @@ public:
     Q_INVOKABLE void openWith();
     Q_INVOKABLE void mail();
     Q_INVOKABLE void close();
+    /// Ends when the user lets go of it. Without a sheet.
+    Q_INVOKABLE void drag(const quillmere::Picture& picture);
 
 signals:
     void changed();
 
 private:
-    /// The item as a file: its own, or one made of the picture in the temporary folder. Empty
-    /// where that fails.
+    /// The item as a file: its own, or one made of the picture. Empty where that fails.
     std::filesystem::path file();
+    /// In the temporary folder; the same one again for the same picture.
+    std::filesystem::path fileOf(const UIImage& picture);
+    /// Its pixels and its file.
+    std::unique_ptr<QMimeData> dataOf(const UIImage& picture);
 
     FileManager& fileManager_;
     ImageIO& imageIO_;
     std::optional<ActivityItem> item_;
+    Picture madeOf_;
     std::filesystem::path madeFile_;
 };
 
