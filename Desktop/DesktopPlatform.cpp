@@ -26,7 +26,8 @@ std::unique_ptr<OfflineAds> adsOf(const ProjectSettings& settings, Dispatch& dis
 
 }  // namespace
 
-Result<std::unique_ptr<DesktopPlatform>> DesktopPlatform::make(std::string_view language) {
+Result<std::unique_ptr<DesktopPlatform>> DesktopPlatform::make(
+    std::string_view language, const std::optional<ProjectSettings>& edition) {
     auto bundle = ResourceBundle::besideTheProgram();
     if (!bundle) return bundle.error();
     const bool isPseudo = language == pseudoLanguage;
@@ -36,15 +37,16 @@ Result<std::unique_ptr<DesktopPlatform>> DesktopPlatform::make(std::string_view 
     if (!strings) return strings.error();
     if (isPseudo) strings->transform(pseudolocalized);
     return std::unique_ptr<DesktopPlatform>(
-        new DesktopPlatform(*std::move(bundle), *std::move(strings)));
+        new DesktopPlatform(*std::move(bundle), *std::move(strings), edition));
 }
 
-DesktopPlatform::DesktopPlatform(ResourceBundle bundle, StringsFile strings)
+DesktopPlatform::DesktopPlatform(ResourceBundle bundle, StringsFile strings,
+                                 const std::optional<ProjectSettings>& edition)
     : bundle_(std::move(bundle)),
       strings_(std::move(strings)),
       crashLog_(userStateFolder()),
       analytics_(userStateFolder()),
-      settings_(settingsIn(bundle_, fileManager_, console_)),
+      settings_(edition ? *edition : settingsIn(bundle_, fileManager_, console_)),
       services_(crashLog_),
       consent_(dispatch_, fileManager_, userDataFolder(),
                !settings_.adApplicationIdentifier.empty()),

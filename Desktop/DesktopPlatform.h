@@ -3,6 +3,7 @@
 
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string_view>
 
 #include "Base/Result.h"
@@ -43,9 +44,11 @@ namespace quillmere {
 class DesktopPlatform {
 public:
     /// Its texts are in `language`, one of `languages` or the pseudo-language. Fails, with a
-    /// sentence for the user, where the program's own resources are missing.
+    /// sentence for the user, where the program's own resources are missing. Without an `edition`,
+    /// it is the one of the file among these resources.
     static Result<std::unique_ptr<DesktopPlatform>> make(
-        std::string_view language = languages.front());
+        std::string_view language = languages.front(),
+        const std::optional<ProjectSettings>& edition = {});
 
     DesktopDispatch& dispatch() { return dispatch_; }
     CoreML& coreML() { return coreML_; }
@@ -83,7 +86,8 @@ public:
     void recordOrderlyEnd();
 
 private:
-    DesktopPlatform(ResourceBundle bundle, StringsFile strings);
+    DesktopPlatform(ResourceBundle bundle, StringsFile strings,
+                    const std::optional<ProjectSettings>& edition);
 
     WorkerPool pool_;
     neural::NetworkCache networks_{pool_};

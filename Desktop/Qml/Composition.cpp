@@ -11,8 +11,8 @@
 
 namespace quillmere {
 
-Result<Composition*> Composition::make() {
-    auto platform = DesktopPlatform::make(userLanguage());
+Result<Composition*> Composition::make(const std::optional<ProjectSettings>& edition) {
+    auto platform = DesktopPlatform::make(userLanguage(), edition);
     if (!platform) return platform.error();
     if (!(*platform)->photoLibrary()) {
         return Error{"quillmere.application", 1,

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "Base/Result.h"
 #include "Desktop/DesktopPlatform.h"
@@ -19,9 +20,9 @@ namespace quillmere {
 /// uses it until the process ends.
 class Composition {
 public:
-    /// In the user's language. Fails, with a sentence for the user, where something of the
-    /// program's own is missing.
-    static Result<Composition*> make();
+    /// In the user's language; of another edition than the installed one, if `edition` is told.
+    /// Fails, with a sentence for the user, where something of the program's own is missing.
+    static Result<Composition*> make(const std::optional<ProjectSettings>& edition = {});
 
     DesktopPlatform& platform() { return *platform_; }
     QtApplication& application() { return application_; }

@@ -44,7 +44,18 @@ protected:
         ASSERT_TRUE(app.waitUntil([&] { return !detail().isConverting(); }));
     }
 
-    AppUnderTest& app = AppUnderTest::shared();
+    static ProjectSettings withHouseAds() {
+        ProjectSettings edition;
+        edition.makerStorePage = "https://store.example/maker";
+        edition.ads = AdSource::house;
+        edition.appOpenAdUnit = "open";
+        edition.conversionAdUnit = "conversion";
+        edition.saveAdUnit = "save";
+        edition.bannerAdUnit = "banner";
+        return edition;
+    }
+
+    AppUnderTest& app = AppUnderTest::shared(withHouseAds());
 };
 
 INSTANTIATE_TEST_SUITE_P(Sizes, AdWindowTest, testing::Values(QSize(360, 640), QSize(1120, 780)),

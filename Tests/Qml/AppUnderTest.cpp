@@ -42,14 +42,14 @@ QQuickItem* findIn(QQuickItem* item, const QString& text, bool onlyButtons) {
 
 std::filesystem::path testHome() { return home->path(); }
 
-AppUnderTest& AppUnderTest::shared() {
-    static auto* app = new AppUnderTest;
+AppUnderTest& AppUnderTest::shared(const std::optional<ProjectSettings>& edition) {
+    static auto* app = new AppUnderTest(edition);
     return *app;
 }
 
-AppUnderTest::AppUnderTest() {
+AppUnderTest::AppUnderTest(const std::optional<ProjectSettings>& edition) {
     qInstallMessageHandler(failOnWarning);
-    const auto made = Composition::make();
+    const auto made = Composition::make(edition);
     if (!made) {
         ADD_FAILURE() << made.error().localizedDescription;
         std::abort();

@@ -10,6 +10,7 @@
 #include <QTest>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "Desktop/Qml/Composition.h"
@@ -20,7 +21,8 @@ namespace quillmere {
 /// One in a process: a test program makes it before its first test, over a home of its own.
 class AppUnderTest {
 public:
-    static AppUnderTest& shared();
+    /// Of this edition, when it is asked for first; else of the installed one.
+    static AppUnderTest& shared(const std::optional<ProjectSettings>& edition = {});
 
     Composition& composition() { return *composition_; }
     AppBridge& bridge() { return composition_->bridge(); }
@@ -40,7 +42,7 @@ public:
     static QPointF middleOf(const QQuickItem& item);
 
 private:
-    AppUnderTest();
+    explicit AppUnderTest(const std::optional<ProjectSettings>& edition);
 
     Composition* composition_ = nullptr;
     QQmlApplicationEngine engine_;

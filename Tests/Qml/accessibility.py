@@ -123,6 +123,8 @@ def main():
         app.press("Done")
         app.press("Save")
         app.check("share", ["Share the Picture", "Converted picture", "Tell a Friend"])
+        app.press("Share the Picture")
+        app.check("share sheet", ["Copy", "Save As…", "Cancel"])
     finally:
         process.kill()
         process.wait()

@@ -1,0 +1,205 @@
+// The ways out of the window: to other programs, and to a server. Scripts and a server of the test
+// stand there.
+#include <QClipboard>
+#include <QDesktopServices>
+#include <QMimeData>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <utility>
+#include <vector>
+
+#include "Quillmere/Models/Services/MoreApp.h"
+#include "Tests/LoopbackServer.h"
+#include "Tests/Qml/AppUnderTest.h"
+
+namespace quillmere {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Takes the addresses that the application opens.
+class Opened : public QObject {
+    Q_OBJECT
+public:
+    Opened() {
+        for (const char* scheme : {"https", "file"}) {
+            QDesktopServices::setUrlHandler(scheme, this, "open");
+        }
+    }
+    std::vector<QUrl> urls;
+public slots:
+    void open(const QUrl& url) { urls.push_back(url); }
+};
+
+class WaysOutWindowTest : public testing::Test {
+protected:
+    WaysOutWindowTest() {
+        writeProgram("xdg-mime", "echo browser.desktop");
+        writeProgram("xdg-email", "printf '%s\\n' \"$@\" >'" + mail.string() + "'");
+        const std::string path = std::getenv("PATH");
+        setenv("PATH", (testHome().string() + ":" + path).c_str(), 1);
+    }
+
+    static ProjectSettings edition() {
+        ProjectSettings edition;
+        edition.storeLink = "https://store.example/quillmere";
+        edition.makerStorePage = "https://store.example/maker/";
+        edition.reviewLink = "https://store.example/review";
+        edition.supportAddress = "help@store.example";
+        edition.inquiryEndpoint = server().url("");
+        edition.inquiryTitle = "Q";
+        edition.inquiryKey = "KEY";
+        return edition;
+    }
+    static LoopbackServer& server() {
+        static auto* server = new LoopbackServer;
+        return *server;
+    }
+    void writeProgram(const char* name, const std::string& command) {
+        const auto file = testHome() / name;
+        std::ofstream(file) << "#!/bin/sh\n" << command << "\n";
+        fs::permissions(file, fs::perms::owner_all);
+    }
+    QString text(const char* key) { return app.bridge().text(key); }
+    ShareSheet& sheet() { return *app.bridge().shareSheet(); }
+    /// What the mail program was told, once it was.
+    std::string mailTold() {
+        EXPECT_TRUE(app.waitUntil([&] { return fs::exists(mail) && fs::file_size(mail) > 0; }));
+        std::stringstream told;
+        told << std::ifstream(mail).rdbuf();
+        fs::remove(mail);
+        return told.str();
+    }
+    /// Goes to a button by the keyboard alone, which shows where it is, and presses it.
+    void pressByKey(const QString& name) {
+        const auto focused = [&] { return app.window().activeFocusItem(); };
+        for (int stop = 0; stop < 60; ++stop) {
+            app.press(Qt::Key_Tab);
+            if (!focused() || focused()->property("text").toString() != name) continue;
+            EXPECT_TRUE(focused()->property("visualFocus").toBool()) << name.toStdString();
+            EXPECT_TRUE(app.waitUntil([&] {
+                const QPoint at = AppUnderTest::middleOf(*focused()).toPoint();
+                return QRect({}, app.window().size()).contains(at);
+            })) << name.toStdString()
+                << " is out of sight";
+            return app.press(Qt::Key_Return);
+        }
+        ADD_FAILURE() << "no key leads to " << name.toStdString();
+    }
+
+    const fs::path mail = testHome() / "mail.txt";
+    Opened opened;
+    AppUnderTest& app = AppUnderTest::shared(edition());
+};
+
+TEST_F(WaysOutWindowTest, EachShareOptionLeadsToTheSheetAndEachOfItsLinesOut) {
+    app.bridge().home()->photoTapped();
+    ASSERT_TRUE(app.click(text("speedAnime")));
+    ASSERT_TRUE(app.waitUntil([&] { return app.bridge().detail()->result().isThere(); }));
+    ASSERT_TRUE(app.waitUntil([&] { return !app.bridge().detail()->isConverting(); }));
+    ASSERT_TRUE(app.click(text("Save")));
+    const auto go = [&](const char* option, const char* line) {
+        ASSERT_TRUE(app.click(text(option)));
+        ASSERT_TRUE(app.waitUntil([&] { return sheet().isShown(); })) << option;
+        if (!line) return;
+        ASSERT_TRUE(app.click(text(line)));
+        ASSERT_TRUE(app.waitUntil([&] { return !sheet().isShown(); })) << line;
+    };
+    const auto pasted = [] { return QGuiApplication::clipboard()->mimeData(); };
+
+    go("ShareImage", "ShareCopy");
+    EXPECT_EQ(pasted()->imageData().value<QImage>().size(), QSize(1804, 1200));
+    ASSERT_EQ(pasted()->urls().size(), 1);
+    const QString file = pasted()->urls()[0].toLocalFile();
+    EXPECT_EQ(QImage(file).size(), QSize(1804, 1200));
+
+    go("SendMessage", "ShareMail");
+    EXPECT_EQ(mailTold(), "--attach\n" + file.toStdString() + "\n");
+
+    go("ShareOther", "ShareOpenWith");
+    ASSERT_EQ(opened.urls.size(), 1u);
+    EXPECT_EQ(opened.urls[0], QUrl::fromLocalFile(file));
+
+    go("ShareOther", nullptr);
+    EXPECT_FALSE(sheet().saveAs(QUrl::fromLocalFile("/missing/a.png")));
+    EXPECT_TRUE(sheet().isShown()) << "for another try";
+    const QString target = QString::fromStdString((testHome() / "a.png").string());
+    EXPECT_TRUE(sheet().saveAs(QUrl::fromLocalFile(target)));
+    EXPECT_EQ(QImage(target).size(), QSize(1804, 1200));
+
+    go("ShareToFriends", "ShareCopy");
+    EXPECT_EQ(pasted()->text(), "\"" + text("AppName") + "\" https://store.example/quillmere");
+}
+
+TEST_F(WaysOutWindowTest, TheKeyboardAloneLeadsToEachRowOfTheSettingsAndOut) {
+    pressByKey(text("Settings"));
+    ASSERT_TRUE(app.waitUntil([&] { return app.bridge().settings() != nullptr; }));
+    pressByKey("2048px");
+    EXPECT_EQ(app.bridge().settings()->limitIndex(), 1);
+    pressByKey(text("ShareToFriends"));
+    ASSERT_TRUE(app.waitUntil([&] { return sheet().isShown(); }));
+    sheet().close();
+    pressByKey(text("Contact"));
+    EXPECT_TRUE(mailTold().ends_with("help@store.example\n"));
+
+    std::vector<std::pair<QString, QUrl>> rows{
+        {text("MoreApps"), QUrl("https://store.example/maker/")},
+        {text("WriteReview"), QUrl("https://store.example/review")}};
+    for (const MoreApp& other : allMoreApps) {
+        rows.emplace_back(other.title,
+                          QUrl(QString::fromStdString(*storePageOf(other, edition()))));
+    }
+    for (const auto& [row, page] : rows) {
+        opened.urls.clear();
+        pressByKey(row);
+        ASSERT_EQ(opened.urls.size(), 1u) << row.toStdString();
+        EXPECT_EQ(opened.urls[0], page);
+    }
+    app.press(Qt::Key_Escape);
+    EXPECT_TRUE(app.waitUntil([&] { return app.bridge().settings() == nullptr; }));
+}
+
+TEST_F(WaysOutWindowTest, AnInquiryIsSentAndOneThatFailsIsKept) {
+    app.bridge().home()->setShowSettings(true);
+    ASSERT_TRUE(app.click(text("BugReport")));
+    ASSERT_TRUE(app.waitUntil([&] { return app.bridge().report() != nullptr; }));
+    EXPECT_FALSE(app.bridge().report()->canSend());
+    ASSERT_TRUE(app.waitUntil([&] {
+        return app.window().activeFocusItem() &&
+               app.window().activeFocusItem()->inherits("QQuickTextArea");
+    }));
+    for (const char letter : std::string("why&")) QTest::keyClick(&app.window(), letter);
+    const auto send = [&](const QString& told) {
+        ASSERT_TRUE(app.click(text("Send")));
+        ASSERT_TRUE(app.waitUntil([&] { return app.find(told) != nullptr; })) << told.toStdString();
+        ASSERT_TRUE(app.click("OK"));
+        ASSERT_TRUE(app.waitUntil([&] { return app.find(told) == nullptr; }));
+    };
+    const std::string path = "/prod/appinquiry";
+    for (const int status : {500, 201}) {
+        server().answer(path, status, {}, "");
+        send("error code: " + QString::number(status));
+    }
+    for (const char* cutOff : {"", "SSH-2.0-OpenSSH\r\n"}) {
+        server().answerRaw(path, cutOff);
+        send(text("Error"));
+    }
+    ASSERT_NE(app.bridge().report(), nullptr);
+    EXPECT_EQ(app.bridge().report()->text(), "why&");
+
+    server().answer(path, 200, {}, "");
+    send(text("SuccessToInquiry"));
+    EXPECT_TRUE(app.waitUntil([&] { return app.bridge().report() == nullptr; }));
+    ASSERT_EQ(server().requests().size(), 5u);
+    for (const auto& request : server().requests()) {
+        EXPECT_EQ(request.method, "POST");
+        EXPECT_EQ(request.target, path + "?title=Q&desc=why&");
+        EXPECT_EQ(request.fields.at("x-api-key"), "KEY");
+    }
+}
+
+}  // namespace
+}  // namespace quillmere
+
+#include "WaysOutWindowTest.moc"
