@@ -28,7 +28,8 @@ Result<Composition*> Composition::make(const std::optional<ProjectSettings>& edi
 Composition::Composition(std::unique_ptr<DesktopPlatform> platform)
     : platform_(std::move(platform)),
       mail_(!platform_->projectSettings().supportAddress.empty()),
-      shareSheet_(platform_->fileManager(), platform_->imageIO()) {
+      shareSheet_(platform_->fileManager(), platform_->imageIO(), platform_->localization(),
+                  alert_) {
     pumpMainQueue();
     DesktopPlatform& p = *platform_;
     app_ = std::make_unique<QuillmereApp>(QuillmereApp::Platform{

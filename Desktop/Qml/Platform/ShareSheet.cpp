@@ -10,6 +10,7 @@
 #include <QUuid>
 
 #include "Desktop/Qml/Pictures/Pyramid.h"
+#include "Quillmere/Models/Services/LocalizedReason.h"
 
 namespace quillmere {
 namespace {
@@ -44,33 +45,31 @@ QString ShareSheet::suggestedName() const {
     return path ? qtPath(path->filename()) : pictureName;
 }
 
-std::filesystem::path ShareSheet::file() {
+Result<std::filesystem::path> ShareSheet::file() {
     if (const auto* path = std::get_if<std::filesystem::path>(&*item_)) return *path;
-    const auto* picture = std::get_if<UIImage>(&*item_);
-    return picture ? fileOf(*picture) : std::filesystem::path();
+    return fileOf(std::get<UIImage>(*item_));
 }
 
-std::filesystem::path ShareSheet::fileOf(const UIImage& picture) {
+Result<std::filesystem::path> ShareSheet::fileOf(const UIImage& picture) {
     if (!madeFile_.empty() && madeOf_.sameAs({picture})) return madeFile_;
-    madeOf_ = {picture};
-    madeFile_.clear();
     const auto png = imageIO_.pngRepresentation(picture);
+    if (!png) return png.error();
     const auto folder = fileManager_.temporaryDirectory() /
                         QUuid::createUuid().toString(QUuid::Id128).toStdString();
-    if (png && fileManager_.createDirectory(folder) &&
-        fileManager_.writeFile(folder / pictureName, *png, WriteExisting::refuse)) {
-        madeFile_ = folder / pictureName;
+    if (const auto made = fileManager_.createDirectory(folder); !made) return made.error();
+    const auto path = folder / pictureName;
+    if (const auto written = fileManager_.writeFile(path, *png, WriteExisting::refuse); !written) {
+        return written.error();
     }
-    return madeFile_;
+    madeOf_ = {picture};
+    return madeFile_ = path;
 }
 
 std::unique_ptr<QMimeData> ShareSheet::dataOf(const UIImage& picture) {
     auto data = std::make_unique<QMimeData>();
     const Pyramid pyramid = Pyramid::of(picture);
     if (!pyramid.levels.empty()) data->setImageData(pyramid.levels.front());
-    if (const auto path = fileOf(picture); !path.empty()) {
-        data->setUrls({QUrl::fromLocalFile(qtPath(path))});
-    }
+    if (const auto path = fileOf(picture)) data->setUrls({QUrl::fromLocalFile(qtPath(*path))});
     return data;
 }
 
@@ -82,7 +81,7 @@ void ShareSheet::copy() {
     } else if (const auto* picture = std::get_if<UIImage>(&*item_)) {
         data = dataOf(*picture);
     } else {
-        data->setUrls({QUrl::fromLocalFile(qtPath(file()))});
+        data->setUrls({QUrl::fromLocalFile(qtPath(*file()))});
     }
     QGuiApplication::clipboard()->setMimeData(data.release());
     close();
@@ -98,24 +97,29 @@ void ShareSheet::drag(const Picture& picture) {
     drag->exec(Qt::CopyAction);
 }
 
-bool ShareSheet::saveAs(const QUrl& target) {
-    if (!item_) return false;
-    const auto contents = fileManager_.contentsOfFile(file());
-    const bool saved = contents && fileManager_.writeFile(target.toLocalFile().toStdString(),
-                                                          *contents, WriteExisting::replace);
-    if (saved) close();
-    return saved;
+Result<void> ShareSheet::writeTo(const std::filesystem::path& target) {
+    const auto source = file();
+    if (!source) return source.error();
+    const auto contents = fileManager_.contentsOfFile(*source);
+    if (!contents) return contents.error();
+    return fileManager_.writeFile(target, *contents, WriteExisting::replace);
+}
+
+void ShareSheet::saveAs(const QUrl& target) {
+    if (item_) end(writeTo(target.toLocalFile().toStdString()));
 }
 
 void ShareSheet::showInFolder() {
     if (!item_) return;
-    QDesktopServices::openUrl(QUrl::fromLocalFile(qtPath(file().parent_path())));
+    QDesktopServices::openUrl(QUrl::fromLocalFile(qtPath(file()->parent_path())));
     close();
 }
 
 void ShareSheet::openWith() {
     if (!item_) return;
-    QDesktopServices::openUrl(QUrl::fromLocalFile(qtPath(file())));
+    const auto shown = file();
+    if (!shown) return end(shown.error());
+    QDesktopServices::openUrl(QUrl::fromLocalFile(qtPath(*shown)));
     close();
 }
 
@@ -125,10 +129,18 @@ void ShareSheet::mail() {
     if (const auto* text = std::get_if<std::string>(&*item_)) {
         arguments << "--body" << QString::fromStdString(*text);
     } else {
-        arguments << "--attach" << qtPath(file());
+        const auto attached = file();
+        if (!attached) return end(attached.error());
+        arguments << "--attach" << qtPath(*attached);
     }
     QProcess::startDetached("xdg-email", arguments);
     close();
+}
+
+void ShareSheet::end(const Result<void>& outcome) {
+    if (outcome) return close();
+    alert_.alert.set(AlertTypes::defaultButton(localization_.localizedString("Error"),
+                                               localizedReason(outcome.error(), localization_)));
 }
 
 void ShareSheet::close() {

@@ -9,14 +9,18 @@
 #include <optional>
 #include <vector>
 
+#include "Base/Result.h"
 #include "Desktop/Qml/Pictures/Picture.h"
+#include "Desktop/Qml/Platform/QtAlert.h"
 #include "Platform/FileManager/FileManager.h"
 #include "Platform/ImageIO/ImageIO.h"
+#include "Platform/Localization/Localization.h"
 #include "Platform/Sharing/UIActivityViewController.h"
 
 namespace quillmere {
 
-/// Main thread. QML shows it while `isShown`, with what this system can do.
+/// Main thread. QML shows it while `isShown`, with what this system can do. What fails is told by
+/// an alert, and the sheet stays for another try.
 class ShareSheet final : public QObject, public UIActivityViewController {
     Q_OBJECT
     Q_PROPERTY(bool isShown READ isShown NOTIFY changed)
@@ -26,8 +30,12 @@ class ShareSheet final : public QObject, public UIActivityViewController {
     Q_PROPERTY(QString suggestedName READ suggestedName NOTIFY changed)
 
 public:
-    ShareSheet(FileManager& fileManager, ImageIO& imageIO)
-        : fileManager_(fileManager), imageIO_(imageIO) {}
+    ShareSheet(FileManager& fileManager, ImageIO& imageIO, const Localization& localization,
+               QtAlert& alert)
+        : fileManager_(fileManager),
+          imageIO_(imageIO),
+          localization_(localization),
+          alert_(alert) {}
 
     void present(std::vector<ActivityItem> items, UIViewController& presenter) override;
 
@@ -36,8 +44,7 @@ public:
     QString suggestedName() const;
 
     Q_INVOKABLE void copy();
-    /// False where the file can't be written.
-    Q_INVOKABLE bool saveAs(const QUrl& file);
+    Q_INVOKABLE void saveAs(const QUrl& file);
     Q_INVOKABLE void showInFolder();
     Q_INVOKABLE void openWith();
     Q_INVOKABLE void mail();
@@ -49,15 +56,21 @@ signals:
     void changed();
 
 private:
-    /// The item as a file: its own, or one made of the picture. Empty where that fails.
-    std::filesystem::path file();
+    /// The item as a file: its own, or one made of the picture. The item is no text.
+    Result<std::filesystem::path> file();
     /// In the temporary folder; the same one again for the same picture.
-    std::filesystem::path fileOf(const UIImage& picture);
+    Result<std::filesystem::path> fileOf(const UIImage& picture);
+    Result<void> writeTo(const std::filesystem::path& target);
     /// Its pixels and its file.
     std::unique_ptr<QMimeData> dataOf(const UIImage& picture);
 
+    /// Closes the sheet, or tells why not.
+    void end(const Result<void>& outcome);
+
     FileManager& fileManager_;
     ImageIO& imageIO_;
+    const Localization& localization_;
+    QtAlert& alert_;
     std::optional<ActivityItem> item_;
     Picture madeOf_;
     std::filesystem::path madeFile_;
