@@ -8,6 +8,7 @@ Pressable {
     property string detail
     property string trailing: "forward"
     property color trailingColor: Theme.secondaryText
+    property bool trailingFilled: false
 
     implicitHeight: Math.max(54, words.height + 2 * Theme.m)
     Accessible.description: detail
@@ -54,6 +55,7 @@ Pressable {
             visible: row.trailing !== ""
             name: row.trailing
             color: row.trailingColor
+            filled: row.trailingFilled
             size: 18
             anchors {
                 right: parent.right; rightMargin: Theme.l; verticalCenter: parent.verticalCenter

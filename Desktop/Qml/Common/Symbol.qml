@@ -8,6 +8,8 @@ Item {
     property string name
     property color color: Theme.text
     property real size: 20
+    /// The first of its lines, a closed one, as a plate; the others on it in the background's colour.
+    property bool filled: false
 
     implicitWidth: size
     implicitHeight: size
@@ -25,6 +27,7 @@ Item {
         "forward": "M9 5l7 7-7 7",
         "down": "M5 9l7 7 7-7",
         "check": "M5 12.5l4.5 4.5L19 7",
+        "checkSquare": "M6 3h12a3 3 0 0 1 3 3v12a3 3 0 0 1-3 3H6a3 3 0 0 1-3-3V6a3 3 0 0 1 3-3z M7.5 12.3l3.2 3.2 5.8-6.5",
         "close": "M6 6l12 12 M18 6L6 18",
         "info": "M12 3a9 9 0 1 0 0 18a9 9 0 1 0 0-18 M12 11v6 M12 7.4v.2",
         "crop": "M7 2v15h15 M2 7h15v15",
@@ -58,17 +61,24 @@ Item {
         "place": "M12 21c-4-5-6-8-6-11a6 6 0 0 1 12 0c0 3-2 6-6 11z M12 8a2 2 0 1 0 0 4a2 2 0 1 0 0-4"
     })
 
+    function drawn() {
+        const ink = Qt.rgba(color.r, color.g, color.b, 1)
+        const strokes = (path, tint, fill) => '<path d="' + path + '" fill="' + fill + '" stroke="' + tint
+            + '" stroke-width="' + (name === "more" ? 3 : 1.8) + '"/>'
+        if (!filled) return strokes(paths[name], ink, "none")
+        const end = paths[name].indexOf("z") + 1
+        return strokes(paths[name].slice(0, end), ink, ink)
+            + strokes(paths[name].slice(end), Theme.background, "none")
+    }
+
     // A picture and not a shape: without a graphics card, shapes are not cut by what clips them.
     Image {
         anchors.fill: parent
         sourceSize: Qt.size(Math.ceil(symbol.size * Screen.devicePixelRatio),
                             Math.ceil(symbol.size * Screen.devicePixelRatio))
         source: symbol.name === "" ? "" : "data:image/svg+xml;utf8,"
-            + encodeURIComponent('<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 24 24">'
-                + '<path d="' + symbol.paths[symbol.name] + '" fill="none" stroke="'
-                + Qt.rgba(symbol.color.r, symbol.color.g, symbol.color.b, 1)
-                + '" stroke-width="' + (symbol.name === "more" ? 3 : 1.8)
-                + '" stroke-linecap="round" stroke-linejoin="round"/></svg>')
+            + encodeURIComponent('<svg xmlns="http://www.w3.org/2000/svg" viewBox="0 0 24 24"'
+                + ' stroke-linecap="round" stroke-linejoin="round">' + drawn() + '</svg>')
         opacity: symbol.color.a
     }
 }

@@ -24,10 +24,13 @@ Sheet {
     }
     Scroller {
         id: scroll
-        anchors { fill: parent; margins: Theme.l; topMargin: Theme.xl }
+        anchors {
+            left: parent.left; right: parent.right; top: parent.top; bottom: done.top
+            margins: Theme.l; topMargin: Theme.xl; bottomMargin: Theme.m
+        }
         ColumnLayout {
             width: scroll.availableWidth
-            spacing: Theme.l
+            spacing: Theme.m
             Card {
                 heading: App.text("SaveFormat")
                 Repeater {
@@ -64,12 +67,13 @@ Sheet {
                     onToggled: sheet.format.keepsPlace = checked
                 }
             }
-            PlainButton {
-                Layout.fillWidth: true
-                prominent: true
-                text: App.text("Done")
-                onClicked: sheet.format.done()
-            }
         }
+    }
+    PlainButton {
+        id: done
+        anchors { left: parent.left; right: parent.right; bottom: parent.bottom; margins: Theme.l }
+        prominent: true
+        text: App.text("Done")
+        onClicked: sheet.format.done()
     }
 }

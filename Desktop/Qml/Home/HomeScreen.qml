@@ -144,8 +144,9 @@ FocusScope {
                             detail: App.text("CropDescription")
                             checkable: true
                             checked: App.home.enableCrop
-                            trailing: "check"
-                            trailingColor: App.home.enableCrop ? Theme.good : Theme.line
+                            trailing: "checkSquare"
+                            trailingFilled: App.home.enableCrop
+                            trailingColor: App.home.enableCrop ? Theme.good : Theme.secondaryText
                             Accessible.role: Accessible.CheckBox
                             Accessible.checked: App.home.enableCrop
                             onClicked: App.home.cropRowTapped()
