@@ -1,4 +1,5 @@
 // What this system can do with a picture, a video or a text.
+import QtCore
 import QtQuick
 import QtQuick.Dialogs
 import QtQuick.Layouts
@@ -14,6 +15,15 @@ Sheet {
         "copy": "ShareCopy", "saveAs": "ShareSaveAs", "showInFolder": "ShareShowInFolder",
         "openWith": "ShareOpenWith", "mail": "ShareMail"
     })
+
+    // Not bound to the folder that the dialog shows: Qt's own dialog crashes when that changes the
+    // file while the user goes up to the root.
+    function askWhere() {
+        const folder = dialog.currentFolder.toString() === ""
+            ? StandardPaths.writableLocation(StandardPaths.HomeLocation) : dialog.currentFolder
+        dialog.currentFile = folder + "/" + sheet.suggestedName
+        dialog.open()
+    }
 
     shown: sheet.isShown
     name: App.text("Share")
@@ -44,7 +54,7 @@ Sheet {
                 text: App.text(menu.keys[modelData])
                 trailing: ""
                 onClicked: {
-                    if (modelData === "saveAs") dialog.open()
+                    if (modelData === "saveAs") menu.askWhere()
                     else menu.sheet[modelData]()
                 }
             }
@@ -59,7 +69,6 @@ Sheet {
     FileDialog {
         id: dialog
         fileMode: FileDialog.SaveFile
-        currentFile: menu.sheet.suggestedName === "" ? "" : currentFolder + "/" + menu.sheet.suggestedName
         onAccepted: menu.sheet.saveAs(selectedFile)
     }
 }
