@@ -1,5 +1,7 @@
 #include "Desktop/Qml/Composition.h"
 
+#include <malloc.h>
+
 #include <QCoreApplication>
 #include <QGuiApplication>
 #include <QMetaObject>
@@ -10,8 +12,21 @@
 #include "Quillmere/Models/Video/SuperResolutionFactor.h"
 
 namespace quillmere {
+namespace {
+
+/// Whole pictures go back to the system when they are freed. By itself, the allocator would learn
+/// from the first of them to keep such blocks, and end with far more memory than is in use. Tiles
+/// and video frames are smaller, and keep their blocks.
+void returnLargeBlocks() {
+    constexpr int large = 8 << 20;
+    mallopt(M_MMAP_THRESHOLD, large);
+    mallopt(M_TRIM_THRESHOLD, large);
+}
+
+}  // namespace
 
 Result<Composition*> Composition::make(const std::optional<ProjectSettings>& edition) {
+    returnLargeBlocks();
     auto platform = DesktopPlatform::make(userLanguage(), edition);
     if (!platform) return platform.error();
     if (!(*platform)->photoLibrary()) {
