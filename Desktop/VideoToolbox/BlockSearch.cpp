@@ -152,10 +152,9 @@ void BlockSearch::searchCoarsely(const Pyramid& frame, const Pyramid& before, Wo
     pool.parallelFor(static_cast<std::size_t>(high_), [&](std::size_t n, std::size_t) {
         const int y = static_cast<int>(n);
         for (int x = 0; x < wide_; ++x) {
-            // The block has 4 by 4 pixels here, its window 2 more on each side.
             coarse_[n * wide_ + x] = HWY_DYNAMIC_DISPATCH(SearchAll)(
-                frame.quarter.row(4 * y - 2) + 4 * x - 2, stride,
-                before.quarter.row(4 * y - 2) + 4 * x - 2, stride, kReach, kPrice);
+                frame.quarter.row(8 * y) + 8 * x, stride, before.quarter.row(8 * y) + 8 * x, stride,
+                kReach, kPrice);
         }
     });
 }
@@ -164,7 +163,7 @@ Step BlockSearch::find(const Pyramid& frame, const Pyramid& before, int blockX, 
     // The coarse neighbours that are nearest to this quarter of their own block.
     const int x = blockX / 2, y = blockY / 2;
     const int besideX = x + (blockX % 2 == 0 ? -1 : 1), besideY = y + (blockY % 2 == 0 ? -1 : 1);
-    Window half(frame.half, before.half, 4 * blockX - 2, 4 * blockY - 2, 8);
+    Window half(frame.half, before.half, 8 * blockX, 8 * blockY, 8);
     half.attempt({});
     half.attempt(doubled(coarseAt(x, y)));
     half.attempt(doubled(coarseAt(besideX, y)));
@@ -172,7 +171,7 @@ Step BlockSearch::find(const Pyramid& frame, const Pyramid& before, int blockX, 
     half.attempt(doubled(coarseAt(besideX, besideY)));
     half.attemptAround(half.best());
 
-    Window full(frame.full, before.full, 8 * blockX - 4, 8 * blockY - 4, 16);
+    Window full(frame.full, before.full, 16 * blockX, 16 * blockY, 16);
     full.attempt({});
     full.attempt(doubled(half.best()));
     full.attemptAround(full.best());

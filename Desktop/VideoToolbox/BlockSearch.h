@@ -23,9 +23,8 @@ int windowDifference(const std::uint8_t* a, std::ptrdiff_t strideA, const std::u
 
 /// Hierarchical search by the sum of absolute differences (Bierling, "Displacement estimation by
 /// hierarchical blockmatching", 1988): everything within `kReach` at a quarter of the size, in
-/// blocks of 16 source pixels, then the best of the neighbourhood's results at half the size, then
-/// at the full one, each corrected by at most a pixel. Windows are twice as wide as their blocks,
-/// or motion would follow noise.
+/// blocks of 32 source pixels, then the best of the neighbourhood's results at half the size, then
+/// at the full one, each corrected by at most a pixel.
 class BlockSearch {
 public:
     /// In pixels of the quarter size: 24 of the source. Further motion in one frame is not found.

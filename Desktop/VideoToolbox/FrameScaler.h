@@ -55,7 +55,7 @@ private:
     void loadLuma(SourcePlane luma);
     void carry();
     void enlarge();
-    void agree();
+    void agree(TargetPlane target);
     void scaleColour(SourcePlane from, TargetPlane to);
 
     PixelSize size_;

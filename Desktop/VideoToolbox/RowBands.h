@@ -14,7 +14,7 @@ struct RowBand {
 };
 
 /// A band's rows: also the side of a motion block, so that a band is a row of blocks.
-inline constexpr int kBandRows = 8;
+inline constexpr int kBandRows = 16;
 
 inline int bandsOf(int rows) { return (rows + kBandRows - 1) / kBandRows; }
 

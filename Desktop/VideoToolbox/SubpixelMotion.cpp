@@ -14,7 +14,7 @@ namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-constexpr int kSide = 16;
+constexpr int kSide = MotionField::kBlock;
 
 // A sum of products that keeps both halves of what the instruction gives.
 class ProductSum {
@@ -97,8 +97,7 @@ SlopeSums slopeSums(const std::uint8_t* frame, const std::uint8_t* before, std::
 
 MotionVector refineMotion(const Pyramid& frame, const Pyramid& before, int blockX, int blockY,
                           Step step) {
-    constexpr int margin = 4;  // of the window around its block
-    const int x = MotionField::kBlock * blockX - margin, y = MotionField::kBlock * blockY - margin;
+    const int x = MotionField::kBlock * blockX, y = MotionField::kBlock * blockY;
     float moveX = 0, moveY = 0;  // from `step`, in pixels
     for (int iteration = 0; iteration < kIterations; ++iteration) {
         const Step tried{8 * step.x + static_cast<int>(std::lround(8 * moveX)),
