@@ -36,7 +36,7 @@ void measureScalerStages(const PlanarBuffer& before, const PlanarBuffer& frame, 
     const auto lumaBefore = loaded(before.source().luma, 8);
     const auto colour = loaded(frame.source().blue, kDoublingBorder);
     Pyramid pyramid(size), pyramidBefore(size);
-    pyramidBefore.build(lumaBefore, pool);
+    pyramidBefore.build(lumaBefore, {0, size.height});
     BlockSearch search(size);
     MotionField field(size);
     std::vector<Step> steps(field.vectors.size());
@@ -67,7 +67,7 @@ void measureScalerStages(const PlanarBuffer& before, const PlanarBuffer& frame, 
         std::function<void()> work;
     };
     const Stage stages[] = {
-        {"Smoothing and halving", [&] { pyramid.build(luma, pool); }},
+        {"Smoothing and halving", [&] { pyramid.build(luma, all); }},
         {"Coarse search", [&] { search.searchCoarsely(pyramid, pyramidBefore, pool); }},
         {"Block search",
          [&] {
@@ -119,8 +119,9 @@ void measureScalerStages(const PlanarBuffer& before, const PlanarBuffer& frame, 
          }},
         {"Colour, both planes",
          [&] {
-             lanczosDouble(colour, Siting::left, target.target().blue, pool);
-             lanczosDouble(colour, Siting::left, target.target().red, pool);
+             const RowBand rows{0, colour.size().height};
+             lanczosDouble(colour, Siting::left, rows, target.target().blue);
+             lanczosDouble(colour, Siting::left, rows, target.target().red);
          }},
     };
     for (int y = 0; y < large.height; ++y) {

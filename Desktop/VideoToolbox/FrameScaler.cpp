@@ -21,11 +21,20 @@ PixelSize doubled(PixelSize size) { return {2 * size.width, 2 * size.height}; }
 
 PixelSize colourOf(PixelSize size) { return {(size.width + 1) / 2, (size.height + 1) / 2}; }
 
-void loadRows(SourcePlane from, PaddedPlane<std::uint8_t>& to) {
-    for (int y = 0; y < from.size.height; ++y) {
+// The rows of a colour plane that go with a band of brightness.
+RowBand colourOf(RowBand band) { return {band.first / 2, (band.end + 1) / 2}; }
+
+void load(SourcePlane from, RowBand band, PaddedPlane<std::uint8_t>& to) {
+    for (int y = band.first; y < band.end; ++y) {
         std::copy_n(from.row(y), from.size.width, to.row(y));
     }
-    to.extendEdges();
+    to.extendEdges(band.first, band.end);
+}
+
+void lanczosDouble(const PaddedPlane<std::uint8_t>& from, Siting siting, RowBand band,
+                   PaddedPlane<std::uint8_t>& to) {
+    lanczosDouble(from, siting, band, {to.row(0), to.stride(), to.size()});
+    to.extendEdges(2 * band.first, 2 * band.end);
 }
 
 }  // namespace
@@ -57,8 +66,10 @@ struct FrameScaler::Buffers {
           residual(source, 1),
           enlarged(doubled(source), kWarpBorder),
           enlargedBefore(doubled(source), kWarpBorder),
-          colour(colourOf(source), kDoublingBorder),
-          doubledColour(doubled(colourOf(source)), kDoublingBorder),
+          blue(colourOf(source), kDoublingBorder),
+          red(blue),
+          doubledBlue(doubled(colourOf(source)), kDoublingBorder),
+          doubledRed(doubledBlue),
           scratch(threads, Scratch(source.width)) {}
 
     PaddedPlane<std::uint8_t> luma;
@@ -68,7 +79,7 @@ struct FrameScaler::Buffers {
     Mismatch mismatch;
     Residual residual;
     PaddedPlane<std::uint8_t> enlarged, enlargedBefore;
-    PaddedPlane<std::uint8_t> colour, doubledColour;
+    PaddedPlane<std::uint8_t> blue, red, doubledBlue, doubledRed;
     std::vector<Scratch> scratch;
 };
 
@@ -86,21 +97,24 @@ void FrameScaler::scale(const SourceFrame& source, const TargetFrame& target) {
     const PixelSize targetSize{factor_ * size_.width, factor_ * size_.height};
     if (source.luma.size != size_ || target.luma.size != targetSize) invariantBroken();
     Buffers& b = *buffers_;
-    loadLuma(source.luma);
+    load(source);
     if (hasHistory_) carry();
     enlarge();
-    agree(target.luma);
-    scaleColour(source.blue, target.blue);
-    scaleColour(source.red, target.red);
+    agree(target);
+    if (factor_ == 4) doubleAgain(target);
     std::swap(b.frame, b.before);
     std::swap(b.enlarged, b.enlargedBefore);
     hasHistory_ = true;
 }
 
-void FrameScaler::loadLuma(SourcePlane luma) {
+void FrameScaler::load(const SourceFrame& source) {
     Buffers& b = *buffers_;
-    loadRows(luma, b.luma);
-    b.frame.build(b.luma, pool_);
+    scaler::load(source.luma, {0, size_.height}, b.luma);
+    forBands(size_.height, pool_, [&](RowBand band, std::size_t) {
+        b.frame.build(b.luma, band);
+        scaler::load(source.blue, colourOf(band), b.blue);
+        scaler::load(source.red, colourOf(band), b.red);
+    });
 }
 
 // Fills `enlarged` with the last result, moved to where this frame has it, and measures the noise.
@@ -159,28 +173,32 @@ void FrameScaler::enlarge() {
     });
 }
 
-void FrameScaler::agree(TargetPlane target) {
+// Corrects the mixture, and doubles colour.
+void FrameScaler::agree(const TargetFrame& target) {
     Buffers& b = *buffers_;
     forBands(size_.height, pool_, [&](RowBand band, std::size_t) {
         addResidual(b.residual, band, b.enlarged);
         b.enlarged.extendEdges(2 * band.first, 2 * band.end);
-        if (factor_ == 4) return;
-        for (int y = 2 * band.first; y < 2 * band.end; ++y) {
-            std::copy_n(b.enlarged.row(y), target.size.width, target.row(y));
+        if (factor_ == 4) {
+            lanczosDouble(b.blue, Siting::left, colourOf(band), b.doubledBlue);
+            lanczosDouble(b.red, Siting::left, colourOf(band), b.doubledRed);
+            return;
         }
+        for (int y = 2 * band.first; y < 2 * band.end; ++y) {
+            std::copy_n(b.enlarged.row(y), target.luma.size.width, target.luma.row(y));
+        }
+        lanczosDouble(b.blue, Siting::left, colourOf(band), target.blue);
+        lanczosDouble(b.red, Siting::left, colourOf(band), target.red);
     });
-    if (factor_ == 4) lanczosDouble(b.enlarged, Siting::centre, target, pool_);
 }
 
-void FrameScaler::scaleColour(SourcePlane from, TargetPlane to) {
+void FrameScaler::doubleAgain(const TargetFrame& target) {
     Buffers& b = *buffers_;
-    loadRows(from, b.colour);
-    if (factor_ == 2) return lanczosDouble(b.colour, Siting::left, to, pool_);
-    const TargetPlane doubled{b.doubledColour.row(0), b.doubledColour.stride(),
-                              b.doubledColour.size()};
-    lanczosDouble(b.colour, Siting::left, doubled, pool_);
-    b.doubledColour.extendEdges();
-    lanczosDouble(b.doubledColour, Siting::left, to, pool_);
+    forBands(2 * size_.height, pool_, [&](RowBand band, std::size_t) {
+        lanczosDouble(b.enlarged, Siting::centre, band, target.luma);
+        lanczosDouble(b.doubledBlue, Siting::left, colourOf(band), target.blue);
+        lanczosDouble(b.doubledRed, Siting::left, colourOf(band), target.red);
+    });
 }
 
 }  // namespace quillmere::scaler

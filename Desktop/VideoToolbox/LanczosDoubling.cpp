@@ -3,7 +3,6 @@
 #include <cstring>
 
 #include "Desktop/VideoToolbox/LanczosTaps.h"
-#include "Desktop/VideoToolbox/RowBands.h"
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Desktop/VideoToolbox/LanczosDoubling.cpp"
@@ -85,26 +84,24 @@ constexpr int kVectorSlack = 64;
 
 }  // namespace
 
-void lanczosDouble(const PaddedPlane<std::uint8_t>& from, Siting siting, TargetPlane to,
-                   WorkerPool& pool) {
+void lanczosDouble(const PaddedPlane<std::uint8_t>& from, Siting siting, RowBand band,
+                   TargetPlane to) {
     const int width = from.size().width;
     const Phases across = phasesOf(siting), down = phasesOf(Siting::centre);
-    forBands(from.size().height, pool, [&](RowBand band, std::size_t) {
-        std::vector<std::int16_t> between(static_cast<std::size_t>(width) + 2 * kMargin +
-                                          2 * kVectorSlack);
-        std::vector<std::uint8_t> doubled(2 * static_cast<std::size_t>(width) + 2 * kVectorSlack);
-        for (int y = 2 * band.first; y < std::min(2 * band.end, to.size.height); ++y) {
-            const bool isUpper = y % 2 == 0;
-            const int row = isUpper ? y / 2 - 1 : y / 2;
-            HWY_DYNAMIC_DISPATCH(BetweenRows)
-            (from.row(row) - kMargin, from.stride(), kLanczos[isUpper ? down.before : down.after],
-             width + 2 * kMargin, between.data());
-            HWY_DYNAMIC_DISPATCH(DoubleColumns)
-            (between.data() + kMargin, kLanczos[across.before], kLanczos[across.after], width,
-             doubled.data());
-            std::memcpy(to.row(y), doubled.data(), static_cast<std::size_t>(to.size.width));
-        }
-    });
+    std::vector<std::int16_t> between(static_cast<std::size_t>(width) + 2 * kMargin +
+                                      2 * kVectorSlack);
+    std::vector<std::uint8_t> doubled(2 * static_cast<std::size_t>(width) + 2 * kVectorSlack);
+    for (int y = 2 * band.first; y < std::min(2 * band.end, to.size.height); ++y) {
+        const bool isUpper = y % 2 == 0;
+        const int row = isUpper ? y / 2 - 1 : y / 2;
+        HWY_DYNAMIC_DISPATCH(BetweenRows)
+        (from.row(row) - kMargin, from.stride(), kLanczos[isUpper ? down.before : down.after],
+         width + 2 * kMargin, between.data());
+        HWY_DYNAMIC_DISPATCH(DoubleColumns)
+        (between.data() + kMargin, kLanczos[across.before], kLanczos[across.after], width,
+         doubled.data());
+        std::memcpy(to.row(y), doubled.data(), static_cast<std::size_t>(to.size.width));
+    }
 }
 
 }  // namespace quillmere::scaler

@@ -1,7 +1,5 @@
 #include "Desktop/VideoToolbox/Pyramid.h"
 
-#include "Desktop/VideoToolbox/RowBands.h"
-
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Desktop/VideoToolbox/Pyramid.cpp"
 #include <hwy/foreach_target.h>
@@ -64,17 +62,14 @@ void halve(const PaddedPlane<std::uint8_t>& from, RowBand band, PaddedPlane<std:
 Pyramid::Pyramid(PixelSize size)
     : full(size, kBorder), half(halfOf(size), kBorder), quarter(halfOf(half.size()), kBorder) {}
 
-void Pyramid::build(const PaddedPlane<std::uint8_t>& luma, WorkerPool& pool) {
-    static_assert(kBandRows % 4 == 0);
-    forBands(luma.size().height, pool, [&](RowBand band, std::size_t) {
-        for (int y = band.first; y < band.end; ++y) {
-            HWY_DYNAMIC_DISPATCH(SmoothRow)
-            (luma.row(y), luma.stride(), luma.size().width, full.row(y));
-        }
-        full.extendEdges(band.first, band.end);
-        halve(full, {band.first / 2, (band.end + 1) / 2}, half);
-        halve(half, {band.first / 4, (band.end + 3) / 4}, quarter);
-    });
+void Pyramid::build(const PaddedPlane<std::uint8_t>& luma, RowBand band) {
+    for (int y = band.first; y < band.end; ++y) {
+        HWY_DYNAMIC_DISPATCH(SmoothRow)
+        (luma.row(y), luma.stride(), luma.size().width, full.row(y));
+    }
+    full.extendEdges(band.first, band.end);
+    halve(full, {band.first / 2, (band.end + 1) / 2}, half);
+    halve(half, {band.first / 4, (band.end + 3) / 4}, quarter);
 }
 
 }  // namespace quillmere::scaler

@@ -154,7 +154,7 @@ TEST(Motion, AKnownShiftIsMissedByMoreThanAnEighth) {
         }
         luma.extendEdges();
         Pyramid pyramid(kSize);
-        pyramid.build(luma, pool);
+        pyramid.build(luma, {0, kSize.height});
         return pyramid;
     };
     const Pyramid before = pyramidOf(0);

@@ -60,14 +60,15 @@ protected:
     PixelSize size_ = GetParam();
     PixelSize large_{2 * size_.width, 2 * size_.height};
     RowBand all_{0, size_.height};
+    WorkerPool pool_{2};
 };
 
 TEST_P(Stages, PyramidSmoothsOrHalvesWrongly) {
     const auto luma = scene(size_, 8, 1);
-    WorkerPool pool(2);
     onEveryTarget([&] {
         Pyramid pyramid(size_);
-        pyramid.build(luma, pool);
+        forBands(size_.height, pool_,
+                 [&](RowBand band, std::size_t) { pyramid.build(luma, band); });
         forPixels(size_, [&](int x, int y) {
             ASSERT_EQ(pyramid.full.row(y)[x], reference::smoothed(reference::clamped(luma), x, y));
         });
@@ -211,13 +212,12 @@ TEST_P(Stages, TheSourceIsProjectedBackWrongly) {
 
 TEST_P(Stages, AFixedDoublingIsOffByMoreThanRounding) {
     const auto from = scene(size_, kDoublingBorder, 9);
-    WorkerPool pool(2);
     onEveryTarget([&] {
         for (const Siting siting : {Siting::centre, Siting::left}) {
             std::vector<std::uint8_t> bytes(4 * static_cast<std::size_t>(size_.width) *
                                             size_.height);
             const TargetPlane to{bytes.data(), large_.width, large_};
-            lanczosDouble(from, siting, to, pool);
+            lanczosDouble(from, siting, all_, to);
             // Where an enlarged pixel lies, in eighths of a source pixel.
             const int left = siting == Siting::centre ? -2 : -1;
             forPixels(large_, [&](int x, int y) {
