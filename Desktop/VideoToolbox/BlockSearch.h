@@ -1,4 +1,4 @@
-// The whole-pixel part of the motion search.
+// The coarse part of the motion search.
 #pragma once
 
 #include <cstddef>
@@ -17,27 +17,28 @@ struct Step {
     friend bool operator==(const Step&, const Step&) = default;
 };
 
-/// The sum of absolute differences of two windows of `side` by `side` pixels, 8 or 16.
+/// The sum of absolute differences of two windows of 8 by 8 pixels.
 int windowDifference(const std::uint8_t* a, std::ptrdiff_t strideA, const std::uint8_t* b,
-                     std::ptrdiff_t strideB, int side);
+                     std::ptrdiff_t strideB);
 
 /// Hierarchical search by the sum of absolute differences (Bierling, "Displacement estimation by
 /// hierarchical blockmatching", 1988): everything within `kReach` at a quarter of the size, in
-/// blocks of 32 source pixels, then the best of the neighbourhood's results at half the size, then
-/// at the full one, each corrected by at most a pixel.
+/// blocks of 32 source pixels, then the best of the neighbourhood's results at half the size,
+/// corrected by at most a pixel. What is left, up to two source pixels, is SubpixelMotion.h's.
 class BlockSearch {
 public:
     /// In pixels of the quarter size: 24 of the source. Further motion in one frame is not found.
     static constexpr int kReach = 6;
     /// No result is longer than this in either direction, in source pixels.
-    static constexpr int kLongest = 4 * kReach + 3;
+    static constexpr int kLongest = 4 * kReach + 2;
 
     explicit BlockSearch(PixelSize source);
 
     /// Searches the quarter size; before the first `find` for a pair of frames.
     void searchCoarsely(const Pyramid& frame, const Pyramid& before, WorkerPool& pool);
 
-    /// The best step for a block of `MotionField`. May be called from several threads.
+    /// The best step for a block of `MotionField`, even in both directions. May be called from
+    /// several threads.
     Step find(const Pyramid& frame, const Pyramid& before, int blockX, int blockY) const;
 
 private:

@@ -8,40 +8,17 @@
 // Above must come first: it compiles what follows once for each target.
 #include <hwy/highway.h>
 
+#include "Desktop/VideoToolbox/BytePairs-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace quillmere::scaler::HWY_NAMESPACE {
 namespace {
 
-namespace hn = hwy::HWY_NAMESPACE;
+using namespace byte_pairs;
 
 using F = DoublingFilters;
-using D8 = hn::CappedTag<std::uint8_t, F::kPhases * F::kPitch>;
-using V8 = hn::Vec<D8>;
-using DS8 = hn::RebindToSigned<D8>;
-using D16 = hn::RepartitionToWide<DS8>;
-using V16 = hn::Vec<D16>;
 using D32 = hn::RepartitionToWide<D16>;
-
-// Loops over arrays of vectors, which stay in registers only if they're gone.
-#define QUILLMERE_UNROLL _Pragma("GCC unroll 8")
-
-// The products of pixels and weights, added in pairs.
-HWY_INLINE V16 PairProducts(V8 pixels, hn::Vec<DS8> weights) {
-#if HWY_ARCH_X86 && HWY_TARGET <= HWY_AVX2
-    return V16{_mm256_maddubs_epi16(pixels.raw, weights.raw)};
-#elif HWY_ARCH_X86 && HWY_TARGET <= HWY_SSSE3
-    return V16{_mm_maddubs_epi16(pixels.raw, weights.raw)};
-#else
-    const D16 d;
-    const auto both = hn::BitCast(d, pixels), weighed = hn::BitCast(d, weights);
-    const auto even =
-        hn::Mul(hn::And(both, hn::Set(d, 255)), hn::ShiftRight<8>(hn::ShiftLeft<8>(weighed)));
-    const hn::RebindToUnsigned<D16> bits;
-    const auto odd = hn::Mul(hn::BitCast(d, hn::ShiftRight<8>(hn::BitCast(bits, pixels))),
-                             hn::ShiftRight<8>(weighed));
-    return hn::Add(even, odd);
-#endif
-}
+static_assert(hn::MaxLanes(D8()) <= F::kPhases * F::kPitch);
 
 // Eight pixels of a row, for each phase.
 HWY_INLINE V8 PixelsOf(const std::uint8_t* from) {
@@ -60,36 +37,39 @@ HWY_INLINE V16 PairSums(V16 a, V16 b) {
     return hn::ReorderDemote2To(D16(), widened(a), widened(b));
 }
 
-// The products of the pixels of two rows and two columns whose first neighbour is `from`.
+// The sums, still in halves, for the pixels of two rows and two columns. `from` is the first pixel
+// that the first of them looks at.
 HWY_INLINE void FilterBlock(const std::uint8_t* from, std::ptrdiff_t stride,
-                            const std::int8_t* weights, V16* upper, V16* lower) {
-    hn::Vec<DS8> rows[F::kRows];
+                            const std::int8_t* weights, V16& upperSums, V16& lowerSums) {
+    VS8 rows[F::kRows];
     QUILLMERE_UNROLL
     for (int row = 0; row < F::kRows; ++row) {
         rows[row] = hn::LoadU(DS8(), weights + row * F::kPhases * F::kPitch);
     }
+    V16 upper[2], lower[2];
     QUILLMERE_UNROLL
     for (int x = 0; x < 2; ++x) {
-        upper[x] = PairProducts(PixelsOf(from + x), rows[0]);
-        lower[x] = PairProducts(PixelsOf(from + F::kRows * stride + x), rows[F::kRows - 1]);
+        upper[x] = pairProducts(PixelsOf(from + x), rows[0]);
+        lower[x] = pairProducts(PixelsOf(from + F::kRows * stride + x), rows[F::kRows - 1]);
         QUILLMERE_UNROLL
         for (int row = 1; row < F::kRows; ++row) {
             const V8 pixels = PixelsOf(from + row * stride + x);
-            upper[x] = hn::Add(upper[x], PairProducts(pixels, rows[row]));
-            lower[x] = hn::Add(lower[x], PairProducts(pixels, rows[row - 1]));
+            upper[x] = hn::Add(upper[x], pairProducts(pixels, rows[row]));
+            lower[x] = hn::Add(lower[x], pairProducts(pixels, rows[row - 1]));
         }
     }
+    upperSums = PairSums(upper[0], upper[1]);
+    lowerSums = PairSums(lower[0], lower[1]);
 }
 
 // Four pixels' levels, a row for each block of 128 bits.
-HWY_INLINE void StoreLevels(const V16* pixels, std::uint8_t* to, std::ptrdiff_t stride) {
+HWY_INLINE void StoreLevels(V16 left, V16 right, std::uint8_t* to, std::ptrdiff_t stride) {
     const D16 d;
     const hn::Rebind<std::uint8_t, D16> d8;
-    const auto sums = PairSums(PairSums(pixels[0], pixels[1]), PairSums(pixels[2], pixels[3]));
     static_assert(F::kOne == 1 << 6);
-    const auto levels = hn::ShiftRight<6>(hn::Add(sums, hn::Set(d, F::kOne / 2)));
+    const auto sums = hn::Add(PairSums(left, right), hn::Set(d, F::kOne / 2));
     HWY_ALIGN std::uint8_t bytes[16];
-    hn::StoreU(hn::DemoteTo(d8, levels), d8, bytes);
+    hn::StoreU(hn::DemoteTo(d8, hn::ShiftRight<6>(sums)), d8, bytes);
     for (std::size_t n = 0; n < hn::Lanes(d8); n += 8, to += stride) std::memcpy(to, bytes + n, 8);
 }
 
@@ -104,12 +84,12 @@ void DoubleRows(const std::uint8_t* row, std::ptrdiff_t stride, int width,
         const std::int8_t* left = filters + classes[x / 2] * F::kClassWeights;
         const std::int8_t* right = filters + classes[x / 2 + 1] * F::kClassWeights;
         for (int pass = 0; pass * rowsAtOnce < 2; ++pass) {
-            V16 upper[4], lower[4];
-            FilterBlock(corner + x, stride, left + pass * step, upper, lower);
-            FilterBlock(corner + x + 2, stride, right + pass * step, upper + 2, lower + 2);
+            V16 upper[2], lower[2];
+            FilterBlock(corner + x, stride, left + pass * step, upper[0], lower[0]);
+            FilterBlock(corner + x + 2, stride, right + pass * step, upper[1], lower[1]);
             std::uint8_t* first = to + pass * rowsAtOnce * toStride + 2 * x;
-            StoreLevels(upper, first, toStride);
-            StoreLevels(lower, first + 2 * toStride, toStride);
+            StoreLevels(upper[0], upper[1], first, toStride);
+            StoreLevels(lower[0], lower[1], first + 2 * toStride, toStride);
         }
     }
 }

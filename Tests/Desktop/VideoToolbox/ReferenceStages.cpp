@@ -63,10 +63,10 @@ int doubledPixel(const Pixels& luma, int classOfSource, int x, int y) {
     return std::clamp((sum + DoublingFilters::kOne / 2) >> 6, 0, 255);
 }
 
-int windowDifference(const Pixels& a, const Pixels& b, Step step, int x, int y, int side) {
+int windowDifference(const Pixels& a, const Pixels& b, Step step, int x, int y) {
     int sum = 0;
-    for (int dy = 0; dy < side; ++dy) {
-        for (int dx = 0; dx < side; ++dx) {
+    for (int dy = 0; dy < 8; ++dy) {
+        for (int dx = 0; dx < 8; ++dx) {
             sum += std::abs(a(x + dx, y + dy) - b(x + dx + step.x, y + dy + step.y));
         }
     }
@@ -97,15 +97,16 @@ SlopeSums slopeSums(const Pixels& frame, const Pixels& before, int x0, int y0, S
     return sums;
 }
 
-double lanczosPixel(const Pixels& plane, int eighthsX, int eighthsY) {
-    double sum = 0;
-    for (int dy = 0; dy < kLanczosTaps; ++dy) {
-        for (int dx = 0; dx < kLanczosTaps; ++dx) {
-            sum += kLanczos[eighthsY & 7][dy] * kLanczos[eighthsX & 7][dx] *
-                   plane((eighthsX >> 3) + dx - 2, (eighthsY >> 3) + dy - 2);
+int lanczosPixel(const Pixels& plane, int eighthsX, int eighthsY) {
+    const auto weighed = [](int eighths, const auto& pixelAt) {
+        int sum = 32;
+        for (int tap = 0; tap < kLanczosTaps; ++tap) {
+            sum += kLanczos[eighths & 7][tap] * pixelAt((eighths >> 3) + tap - 2);
         }
-    }
-    return std::clamp(sum / (64 * 64), 0.0, 255.0);
+        return std::clamp(sum >> 6, 0, 255);
+    };
+    return weighed(eighthsY,
+                   [&](int y) { return weighed(eighthsX, [&](int x) { return plane(x, y); }); });
 }
 
 double share(const Pixels& mismatch, int x, int y, float noise) {

@@ -123,10 +123,8 @@ TEST_P(Stages, WindowsAreComparedOrSlopesSummedWrongly) {
     const auto a = scene(size_, 48, 3), b = scene(size_, 48, 4);
     const auto pixelsA = reference::clamped(a), pixelsB = reference::clamped(b);
     onEveryTarget([&] {
-        for (const int side : {8, 16}) {
-            EXPECT_EQ(windowDifference(a.row(-2) - 3, a.stride(), b.row(3) + 4, b.stride(), side),
-                      reference::windowDifference(pixelsA, pixelsB, {7, 5}, -3, -2, side));
-        }
+        EXPECT_EQ(windowDifference(a.row(-2) - 3, a.stride(), b.row(3) + 4, b.stride()),
+                  reference::windowDifference(pixelsA, pixelsB, {7, 5}, -3, -2));
         for (const Step shift : {Step{0, 0}, Step{-13, 6}, Step{8, -1}}) {
             EXPECT_EQ(slopeSums(a.row(-1) - 2, b.row(-1) - 2, a.stride(), shift),
                       reference::slopeSums(pixelsA, pixelsB, -2, -1, shift));
@@ -134,7 +132,7 @@ TEST_P(Stages, WindowsAreComparedOrSlopesSummedWrongly) {
     });
 }
 
-TEST_P(Stages, CarriedPixelsAreOffByMoreThanRounding) {
+TEST_P(Stages, BlocksAreCarriedWrongly) {
     const auto before = scene(large_, kWarpBorder, 5);
     const auto pixels = reference::clamped(before);
     MotionField field(size_);
@@ -149,8 +147,8 @@ TEST_P(Stages, CarriedPixelsAreOffByMoreThanRounding) {
         for (int row = 0; row < field.blocksHigh; ++row) warpBlocks(before, field, row, to);
         forPixels(large_, [&](int x, int y) {
             const MotionVector& vector = field.at(x / 32, y / 32);
-            ASSERT_NEAR(to.row(y)[x],
-                        reference::lanczosPixel(pixels, 8 * x + vector.x, 8 * y + vector.y), 0.7);
+            ASSERT_EQ(to.row(y)[x],
+                      reference::lanczosPixel(pixels, 8 * x + vector.x, 8 * y + vector.y));
         });
     });
 }
@@ -210,7 +208,7 @@ TEST_P(Stages, TheSourceIsProjectedBackWrongly) {
     });
 }
 
-TEST_P(Stages, AFixedDoublingIsOffByMoreThanRounding) {
+TEST_P(Stages, AFixedDoublingIsWrong) {
     const auto from = scene(size_, kDoublingBorder, 9);
     onEveryTarget([&] {
         for (const Siting siting : {Siting::centre, Siting::left}) {
@@ -220,11 +218,10 @@ TEST_P(Stages, AFixedDoublingIsOffByMoreThanRounding) {
             lanczosDouble(from, siting, all_, to);
             // Where an enlarged pixel lies, in eighths of a source pixel.
             const int left = siting == Siting::centre ? -2 : -1;
+            // Columns come before rows here.
+            const auto turned = [&](int x, int y) { return reference::clamped(from)(y, x); };
             forPixels(large_, [&](int x, int y) {
-                ASSERT_NEAR(
-                    to.row(y)[x],
-                    reference::lanczosPixel(reference::clamped(from), 4 * x + left, 4 * y - 2),
-                    0.7);
+                ASSERT_EQ(to.row(y)[x], reference::lanczosPixel(turned, 4 * y - 2, 4 * x + left));
             });
         }
     });
