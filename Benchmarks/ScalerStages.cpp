@@ -31,7 +31,6 @@ PaddedPlane<std::uint8_t> loaded(SourcePlane from, int border) {
 }  // namespace
 
 void measureScalerStages(const PlanarBuffer& before, const PlanarBuffer& frame, PixelSize size) {
-    WorkerPool pool(1);
     const auto luma = loaded(frame.source().luma, 8);
     const auto lumaBefore = loaded(before.source().luma, 8);
     const auto colour = loaded(frame.source().blue, kDoublingBorder);
@@ -68,7 +67,7 @@ void measureScalerStages(const PlanarBuffer& before, const PlanarBuffer& frame, 
     };
     const Stage stages[] = {
         {"Smoothing and halving", [&] { pyramid.build(luma, all); }},
-        {"Coarse search", [&] { search.searchCoarsely(pyramid, pyramidBefore, pool); }},
+        {"Coarse search", [&] { search.searchCoarsely(pyramid, pyramidBefore, all); }},
         {"Block search",
          [&] {
              forBlocks([&](int x, int y, Step& step) {

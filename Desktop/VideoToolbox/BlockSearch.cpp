@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "Desktop/VideoToolbox/MotionField.h"
-
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Desktop/VideoToolbox/BlockSearch.cpp"
 #include <hwy/foreach_target.h>
@@ -126,16 +124,15 @@ Step BlockSearch::coarseAt(int x, int y) const {
     return coarse_[static_cast<std::size_t>(y) * wide_ + x];
 }
 
-void BlockSearch::searchCoarsely(const Pyramid& frame, const Pyramid& before, WorkerPool& pool) {
+void BlockSearch::searchCoarsely(const Pyramid& frame, const Pyramid& before, RowBand band) {
     const std::ptrdiff_t stride = frame.quarter.stride();
-    pool.parallelFor(static_cast<std::size_t>(high_), [&](std::size_t n, std::size_t) {
-        const int y = static_cast<int>(n);
+    for (int y = band.first / kCoarseRows; y * kCoarseRows < band.end; ++y) {
         for (int x = 0; x < wide_; ++x) {
-            coarse_[n * wide_ + x] = HWY_DYNAMIC_DISPATCH(SearchAll)(
+            coarse_[static_cast<std::size_t>(y) * wide_ + x] = HWY_DYNAMIC_DISPATCH(SearchAll)(
                 frame.quarter.row(8 * y) + 8 * x, stride, before.quarter.row(8 * y) + 8 * x, stride,
                 kReach, kPrice);
         }
-    });
+    }
 }
 
 Step BlockSearch::find(const Pyramid& frame, const Pyramid& before, int blockX, int blockY) const {

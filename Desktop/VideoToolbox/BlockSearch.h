@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "Base/WorkerPool.h"
+#include "Desktop/VideoToolbox/MotionField.h"
 #include "Desktop/VideoToolbox/Pyramid.h"
 
 namespace quillmere::scaler {
@@ -32,10 +32,14 @@ public:
     /// No result is longer than this in either direction, in source pixels.
     static constexpr int kLongest = 4 * kReach + 2;
 
+    /// Rows of a coarse block, in source pixels.
+    static constexpr int kCoarseRows = 2 * MotionField::kBlock;
+
     explicit BlockSearch(PixelSize source);
 
-    /// Searches the quarter size; before the first `find` for a pair of frames.
-    void searchCoarsely(const Pyramid& frame, const Pyramid& before, WorkerPool& pool);
+    /// Searches the quarter size for the coarse blocks that begin in the band. All of them come
+    /// before the first `find` for a pair of frames. Of `frame`, only the band's part is read.
+    void searchCoarsely(const Pyramid& frame, const Pyramid& before, RowBand band);
 
     /// The best step for a block of `MotionField`, even in both directions. May be called from
     /// several threads.

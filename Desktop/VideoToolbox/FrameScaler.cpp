@@ -109,18 +109,21 @@ void FrameScaler::scale(const SourceFrame& source, const TargetFrame& target) {
 
 void FrameScaler::load(const SourceFrame& source) {
     Buffers& b = *buffers_;
-    scaler::load(source.luma, {0, size_.height}, b.luma);
     forBands(size_.height, pool_, [&](RowBand band, std::size_t) {
-        b.frame.build(b.luma, band);
+        scaler::load(source.luma, band, b.luma);
         scaler::load(source.blue, colourOf(band), b.blue);
         scaler::load(source.red, colourOf(band), b.red);
     });
+    const auto search = [&](RowBand band, std::size_t) {
+        b.frame.build(b.luma, band);
+        if (hasHistory_) b.search.searchCoarsely(b.frame, b.before, band);
+    };
+    forBands(size_.height, pool_, search, BlockSearch::kCoarseRows);
 }
 
 // Fills `enlarged` with the last result, moved to where this frame has it, and measures the noise.
 void FrameScaler::carry() {
     Buffers& b = *buffers_;
-    b.search.searchCoarsely(b.frame, b.before, pool_);
     for (auto& scratch : b.scratch) {
         scratch.within.clear();
         scratch.between.clear();

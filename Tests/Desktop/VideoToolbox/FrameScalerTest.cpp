@@ -137,7 +137,6 @@ TEST(FrameScaler, AnEvenPictureGetsStructureAtAnySize) {
 }
 
 TEST(Motion, AKnownShiftIsMissedByMoreThanAnEighth) {
-    WorkerPool pool(1);
     // Waves of many lengths and directions, which agree again nowhere within reach.
     const auto scene = [](double x, double y) {
         double level = 128;
@@ -161,7 +160,7 @@ TEST(Motion, AKnownShiftIsMissedByMoreThanAnEighth) {
     for (const double shift : {0.0, 0.4, -1.75, 5.3}) {
         const Pyramid frame = pyramidOf(shift);
         BlockSearch search(kSize);
-        search.searchCoarsely(frame, before, pool);
+        search.searchCoarsely(frame, before, {0, kSize.height});
         for (const auto& [x, y] : {std::pair{2, 1}, std::pair{3, 2}, std::pair{3, 1}}) {
             const MotionVector found =
                 refineMotion(frame, before, x, y, search.find(frame, before, x, y));
