@@ -28,7 +28,7 @@ HWY_INLINE V16 levels(const std::uint8_t* from) {
     return hn::PromoteTo(D16(), hn::LoadU(D8(), from));
 }
 
-/// Rounded to the nearest level that is one.
+/// Clamped to levels.
 HWY_INLINE void storeLevels(V16 values, std::uint8_t* to) {
     hn::StoreU(hn::DemoteTo(D8(), values), D8(), to);
 }
