@@ -19,9 +19,8 @@ using namespace quillmere::scaler;
 
 constexpr Rounds kRounds{9, 60, 8.0};
 
-template <class T>
-PaddedPlane<T> loaded(SourcePlane from, int border) {
-    PaddedPlane<T> plane(from.size, border);
+PaddedPlane<std::uint8_t> loaded(SourcePlane from, int border) {
+    PaddedPlane<std::uint8_t> plane(from.size, border);
     for (int y = 0; y < from.size.height; ++y) {
         std::copy_n(from.row(y), from.size.width, plane.row(y));
     }
@@ -32,13 +31,11 @@ PaddedPlane<T> loaded(SourcePlane from, int border) {
 }  // namespace
 
 void measureScalerStages(const PlanarBuffer& before, const PlanarBuffer& frame, PixelSize size) {
-    WorkerPool pool(1);
-    const auto luma = loaded<std::uint8_t>(frame.source().luma, 8);
-    const auto wide = loaded<std::int16_t>(frame.source().luma, 8);
-    const auto lumaBefore = loaded<std::uint8_t>(before.source().luma, 8);
-    const auto colour = loaded<std::uint8_t>(frame.source().blue, kDoublingBorder);
+    const auto luma = loaded(frame.source().luma, 8);
+    const auto lumaBefore = loaded(before.source().luma, 8);
+    const auto colour = loaded(frame.source().blue, kDoublingBorder);
     Pyramid pyramid(size), pyramidBefore(size);
-    pyramidBefore.build(lumaBefore, pool);
+    pyramidBefore.build(lumaBefore, {0, size.height});
     BlockSearch search(size);
     MotionField field(size);
     std::vector<Step> steps(field.vectors.size());
@@ -50,7 +47,8 @@ void measureScalerStages(const PlanarBuffer& before, const PlanarBuffer& frame, 
     StructureClassifier classifier(size.width);
     const RowBand all{0, size.height};
     const auto pixels = static_cast<std::size_t>(size.width) * size.height;
-    std::vector<std::uint8_t> classes(pixels), alone(4 * pixels + 16), shares(large.width + 64);
+    std::vector<std::uint8_t> classes(pixels / 4 + 16), alone(4 * pixels + 16),
+        shares(large.width + 64);
     std::vector<std::int16_t> sums;
     DifferenceHistogram histogram;
 
@@ -62,13 +60,14 @@ void measureScalerStages(const PlanarBuffer& before, const PlanarBuffer& frame, 
     const auto rowOf = [&](int y) {
         return alone.data() + static_cast<std::size_t>(y) * large.width;
     };
+    const auto classesOf = [&](int y) { return classes.data() + y / 2 * (size.width / 2); };
     struct Stage {
         const char* name;
         std::function<void()> work;
     };
     const Stage stages[] = {
-        {"Smoothing and halving", [&] { pyramid.build(luma, pool); }},
-        {"Coarse search", [&] { search.searchCoarsely(pyramid, pyramidBefore, pool); }},
+        {"Smoothing and halving", [&] { pyramid.build(luma, all); }},
+        {"Coarse search", [&] { search.searchCoarsely(pyramid, pyramidBefore, all); }},
         {"Block search",
          [&] {
              forBlocks([&](int x, int y, Step& step) {
@@ -87,12 +86,17 @@ void measureScalerStages(const PlanarBuffer& before, const PlanarBuffer& frame, 
                  warpBlocks(enlargedBefore, field, y, enlarged);
              }
          }},
-        {"Local structure", [&] { classifier.classify(luma, all, classes.data()); }},
+        {"Local structure",
+         [&] {
+             for (int y = 0; y < size.height; y += 2) {
+                 std::copy_n(classifier.classify(luma, y), size.width / 2, classesOf(y));
+             }
+         }},
         {"Filters",
          [&] {
-             for (int y = 0; y < size.height; ++y) {
-                 doubleRow(wide, y, classes.data() + static_cast<std::size_t>(y) * size.width,
-                           DoublingFilters::trained(), rowOf(2 * y), rowOf(2 * y + 1));
+             for (int y = 0; y < size.height; y += 2) {
+                 doubleRows(luma, y, classesOf(y), DoublingFilters::trained(), rowOf(2 * y),
+                            large.width);
              }
          }},
         {"Comparing", [&] { compareCarried(luma, enlarged, all, mismatch, histogram); }},
@@ -114,8 +118,9 @@ void measureScalerStages(const PlanarBuffer& before, const PlanarBuffer& frame, 
          }},
         {"Colour, both planes",
          [&] {
-             lanczosDouble(colour, Siting::left, target.target().blue, pool);
-             lanczosDouble(colour, Siting::left, target.target().red, pool);
+             const RowBand rows{0, colour.size().height};
+             lanczosDouble(colour, Siting::left, rows, target.target().blue);
+             lanczosDouble(colour, Siting::left, rows, target.target().red);
          }},
     };
     for (int y = 0; y < large.height; ++y) {

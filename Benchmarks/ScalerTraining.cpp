@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <filesystem>
+#include <numeric>
 #include <vector>
 
 #include "Benchmarks/GreyPicture.h"
@@ -59,13 +60,18 @@ struct Problem {
         }
     }
 
-    /// By Cholesky's factors; a little is added to the diagonal, so that rare classes stay calm.
+    /// A little more on the diagonal, so that rare classes stay calm.
+    void calm() {
+        constexpr int n = F::kTaps;
+        double trace = 0;
+        for (int i = 0; i < n; ++i) trace += products[i * n + i];
+        for (int i = 0; i < n; ++i) products[i * n + i] += 1e-4 * trace / n + 50;
+    }
+
+    /// By Cholesky's factors.
     std::vector<double> weights(int phase) const {
         constexpr int n = F::kTaps;
         std::vector<double> a = products, x = targets[phase];
-        double trace = 0;
-        for (int i = 0; i < n; ++i) trace += a[i * n + i];
-        for (int i = 0; i < n; ++i) a[i * n + i] += 1e-4 * trace / n + 50;
         for (int i = 0; i < n; ++i) {
             for (int j = 0; j <= i; ++j) {
                 double sum = a[i * n + j];
@@ -80,6 +86,36 @@ struct Problem {
             x[i] /= a[i * n + i];
         }
         return x;
+    }
+
+    /// Whole numbers of 1/kOne, each in turn the best beside the others until none changes. The
+    /// middle's makes the sum 1: in a patch it counts nothing.
+    std::vector<int> levels(int phase) const {
+        constexpr int n = F::kTaps;
+        const std::vector<double> best = weights(phase);
+        std::vector<int> result(n);
+        std::vector<double> error(n);  // of a level, in weights
+        for (int i = 0; i < n; ++i) {
+            result[i] = static_cast<int>(std::lround(best[i] * F::kOne));
+            error[i] = static_cast<double>(result[i]) / F::kOne - best[i];
+        }
+        for (bool changed = true; changed;) {
+            changed = false;
+            for (int i = 0; i < n; ++i) {
+                double others = 0;
+                for (int j = 0; j < n; ++j) {
+                    if (j != i) others += products[std::max(i, j) * n + std::min(i, j)] * error[j];
+                }
+                const double wanted = best[i] - others / products[i * n + i];
+                const int level = static_cast<int>(std::lround(wanted * F::kOne));
+                changed = changed || level != result[i];
+                result[i] = level;
+                error[i] = static_cast<double>(level) / F::kOne - best[i];
+            }
+        }
+        result[n / 2] = 0;
+        result[n / 2] = F::kOne - std::accumulate(result.begin(), result.end(), 0);
+        return result;
     }
 };
 
@@ -97,11 +133,11 @@ void addPatches(const PaddedPlane<std::uint8_t>& small, const GreyPicture& truth
                 std::vector<Problem>& problems) {
     const PixelSize size = small.size();
     StructureClassifier classifier(size.width);
-    std::vector<std::uint8_t> classes(static_cast<std::size_t>(size.width) * size.height);
-    classifier.classify(small, {0, size.height}, classes.data());
+    const std::uint8_t* classes = nullptr;
     for (int y = 4; y < size.height - 4; ++y) {
+        if (y % 2 == 0) classes = classifier.classify(small, y);
         for (int x = 4; x < size.width - 4; ++x) {
-            const int c = classes[static_cast<std::size_t>(y) * size.width + x];
+            const int c = classes[x / 2];
             const int kind = c / LocalStructure::kDirections;
             const int direction = c % LocalStructure::kDirections;
             const bool mirrored = direction >= kStoredDirections;
@@ -133,17 +169,10 @@ void print(const std::vector<Problem>& problems) {
         "// Written by quillmere-scaler-training; not to be edited by hand.\n"
         "#include \"Desktop/VideoToolbox/DoublingFilters.h\"\n\n"
         "namespace quillmere::scaler {\n\n// clang-format off\n"
-        "const std::int16_t kTrainedFilters[kStoredFilters][DoublingFilters::kTaps] = {\n");
+        "const std::int8_t kTrainedFilters[kStoredFilters][DoublingFilters::kTaps] = {\n");
     for (const Problem& problem : problems) {
         for (int phase = 0; phase < kStoredPhases; ++phase) {
-            std::vector<double> weights = problem.weights(phase);
-            // The middle's own weight makes the sum 1, after rounding as well.
-            int levels[F::kTaps], sum = 0;
-            for (int n = 0; n < F::kTaps; ++n) {
-                levels[n] = static_cast<int>(std::lround(weights[n] * F::kOne));
-                if (n != F::kTaps / 2) sum += levels[n];
-            }
-            levels[F::kTaps / 2] = F::kOne - sum;
+            const std::vector<int> levels = problem.levels(phase);
             std::printf("    {");
             for (int n = 0; n < F::kTaps; ++n) {
                 std::printf("%s%d", n == 0 ? "" : n == F::kTaps / 2 ? ",\n     " : ",", levels[n]);
@@ -174,6 +203,7 @@ int main(int argc, char** argv) {
             addPatches(planeOf(rounded(reduced(truth, 2, reduction))), truth, problems);
         }
     }
+    for (Problem& problem : problems) problem.calm();
     print(problems);
     return 0;
 }

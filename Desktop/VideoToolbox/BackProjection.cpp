@@ -1,50 +1,55 @@
 #include "Desktop/VideoToolbox/BackProjection.h"
 
+#include <cmath>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Desktop/VideoToolbox/BackProjection.cpp"
 #include <hwy/foreach_target.h>
 // Above must come first: it compiles what follows once for each target.
 #include <hwy/highway.h>
 
+#include "Desktop/VideoToolbox/RowVectors-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace quillmere::scaler::HWY_NAMESPACE {
 namespace {
 
-// Plain loops: the compiler turns them into vectors of each target.
+using namespace row_vectors;
 
-constexpr float kStep = 0.8f;
-constexpr float kNoiseShare = 0.15f;
-
-// The part that is taken over is |residual| * perUnit - 1, within its bounds.
-void ResidualRow(const std::uint8_t* HWY_RESTRICT source, const std::uint8_t* HWY_RESTRICT upper,
-                 const std::uint8_t* HWY_RESTRICT lower, int width, float perUnit,
-                 std::int16_t* HWY_RESTRICT residual) {
-    for (int x = 0; x < width; ++x) {
-        const auto sum = static_cast<std::int16_t>(upper[2 * x] + upper[2 * x + 1] + lower[2 * x] +
-                                                   lower[2 * x + 1]);
-        const auto missing = static_cast<float>(4 * source[x] - sum);
-        const float size = missing < 0 ? -missing : missing;
-        float part = size * perUnit - 1;
-        part = part < kNoiseShare ? kNoiseShare : part;
-        part = part > 1 ? 1 : part;
-        const float step = missing * (part * kStep);
-        residual[x] = static_cast<std::int16_t>(static_cast<int>(step + (step < 0 ? -0.5f : 0.5f)));
+// Of a residual, the part |residual| * slope - most is taken over, within the bounds, in 1/16384.
+// From `enough` on, that is all.
+void ResidualRow(const std::uint8_t* source, const std::uint8_t* upper, const std::uint8_t* lower,
+                 int width, std::int16_t slope, std::int16_t enough, std::int16_t leastPart,
+                 std::int16_t mostPart, std::int16_t* residual) {
+    const D16 d;
+    const auto least = hn::Set(d, leastPart), most = hn::Set(d, mostPart);
+    for (int x = 0; x < width; x += lanes()) {
+        const auto missing =
+            hn::Sub(hn::ShiftLeft<2>(levels(source + x)), sumsOfFour(upper + 2 * x, lower + 2 * x));
+        const auto size = hn::Abs(missing);
+        const auto grown = hn::Mul(hn::Min(size, hn::Set(d, enough)), hn::Set(d, slope));
+        const auto part = hn::Max(hn::Min(hn::Sub(grown, most), most), least);
+        const auto step = hn::MulFixedPoint15(hn::Add(size, size), part);
+        const auto sign = hn::ShiftRight<15>(missing);
+        hn::StoreU(hn::Sub(hn::Xor(step, sign), sign), d, residual + x);
     }
 }
 
 // `near` and `far` are the residual's rows; sums are in sixty-fourths of a level.
-void AddRow(const std::int16_t* HWY_RESTRICT near, const std::int16_t* HWY_RESTRICT far, int width,
-            std::uint8_t* HWY_RESTRICT to) {
-    const auto corrected = [](std::uint8_t level, int sum) {
-        const int value = level + ((sum + 32) >> 6);
-        return static_cast<std::uint8_t>(value < 0 ? 0 : value > 255 ? 255 : value);
+void AddRow(const std::int16_t* near, const std::int16_t* far, int width, std::uint8_t* to) {
+    const D16 d;
+    const auto between = [&](int x) {
+        const auto here = hn::LoadU(d, near + x);
+        return hn::Add(hn::Add(here, hn::LoadU(d, far + x)), hn::Add(here, here));
     };
-    for (int x = 0; x < width; ++x) {
-        const int before = 3 * near[x - 1] + far[x - 1];
-        const int here = 3 * near[x] + far[x];
-        const int after = 3 * near[x + 1] + far[x + 1];
-        to[2 * x] = corrected(to[2 * x], 3 * here + before);
-        to[2 * x + 1] = corrected(to[2 * x + 1], 3 * here + after);
+    const auto round = hn::Set(d, 32);
+    for (int x = 0; x < width; x += lanes()) {
+        const auto here = between(x);
+        const auto most = hn::Add(hn::Add(here, round), hn::Add(here, here));
+        const auto left = hn::ShiftRight<6>(hn::Add(most, between(x - 1)));
+        const auto right = hn::ShiftRight<6>(hn::Add(most, between(x + 1)));
+        const Pairs before = pairs(to + 2 * x);
+        storePairs(hn::Add(before.even, left), hn::Add(before.odd, right), to + 2 * x);
     }
 }
 
@@ -60,12 +65,16 @@ HWY_EXPORT(AddRow);
 
 void findResidual(const PaddedPlane<std::uint8_t>& luma, const PaddedPlane<std::uint8_t>& enlarged,
                   RowBand band, float noise, Residual& residual) {
-    // A noise of 0 makes everything count in full.
-    const float perUnit = 1 / (4 * 2 * noise + 1e-6f);
+    constexpr float unit = 1 << 14, most = 0.8f * unit, least = 0.15f * most;
+    // Less noise than this would need a steeper slope than 16 bits hold, and moves no level.
+    const bool isNoisy = noise >= 0.25f;
+    const float slope = isNoisy ? std::ceil(most / (4 * 2 * noise)) : 32767;
+    const float enough = isNoisy ? std::ceil(4 * 4 * noise) : 1;
     for (int y = band.first; y < band.end; ++y) {
         HWY_DYNAMIC_DISPATCH(ResidualRow)
-        (luma.row(y), enlarged.row(2 * y), enlarged.row(2 * y + 1), luma.size().width, perUnit,
-         residual.row(y));
+        (luma.row(y), enlarged.row(2 * y), enlarged.row(2 * y + 1), luma.size().width,
+         static_cast<std::int16_t>(slope), static_cast<std::int16_t>(enough),
+         static_cast<std::int16_t>(least), static_cast<std::int16_t>(most), residual.row(y));
     }
 }
 

@@ -17,7 +17,8 @@ using Residual = PaddedPlane<std::int16_t>;
 ///
 /// Of a residual that noise alone explains (up to twice its deviation), only 0.15 is taken over:
 /// the mean of many frames is nearer to the truth than the newest one. From three times on all of
-/// it is, so that whatever was carried over wrongly goes.
+/// it is, so that whatever was carried over wrongly goes. Noise of less than a quarter of a level
+/// counts as none.
 void findResidual(const PaddedPlane<std::uint8_t>& luma, const PaddedPlane<std::uint8_t>& enlarged,
                   RowBand band, float noise, Residual& residual);
 

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "Desktop/VideoToolbox/MotionField.h"
-
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Desktop/VideoToolbox/BlockSearch.cpp"
 #include <hwy/foreach_target.h>
@@ -24,21 +22,6 @@ HWY_INLINE V AbsoluteDifference(V a, V b) {
     return hn::Or(hn::SaturatedSub(a, b), hn::SaturatedSub(b, a));
 }
 
-int TotalOf(hn::Vec<hn::FixedTag<std::uint64_t, 2>> sums) {
-    const hn::FixedTag<std::uint64_t, 2> d;
-    return static_cast<int>(hn::GetLane(hn::SumOfLanes(d, sums)));
-}
-
-int Difference16(const std::uint8_t* a, std::ptrdiff_t strideA, const std::uint8_t* b,
-                 std::ptrdiff_t strideB) {
-    const D16 d;
-    auto sums = hn::Zero(hn::FixedTag<std::uint64_t, 2>());
-    for (int y = 0; y < 16; ++y, a += strideA, b += strideB) {
-        sums = hn::Add(sums, hn::SumsOf8(AbsoluteDifference(hn::LoadU(d, a), hn::LoadU(d, b))));
-    }
-    return TotalOf(sums);
-}
-
 // Two rows to a vector.
 HWY_INLINE hn::Vec<D16> TwoRows(const std::uint8_t* row, std::ptrdiff_t stride) {
     const hn::FixedTag<std::uint8_t, 8> half;
@@ -52,7 +35,7 @@ int Difference8(const std::uint8_t* a, std::ptrdiff_t strideA, const std::uint8_
         sums = hn::Add(sums,
                        hn::SumsOf8(AbsoluteDifference(TwoRows(a, strideA), TwoRows(b, strideB))));
     }
-    return TotalOf(sums);
+    return static_cast<int>(hn::GetLane(hn::SumOfLanes(hn::FixedTag<std::uint64_t, 2>(), sums)));
 }
 
 // The best of all steps within `reach`, the shorter one where nothing tells them apart: a pixel's
@@ -83,26 +66,22 @@ namespace quillmere::scaler {
 namespace {
 
 HWY_EXPORT(Difference8);
-HWY_EXPORT(Difference16);
 HWY_EXPORT(SearchAll);
 
 // A pixel of length must save two levels at a row's pixels of the window.
 constexpr int kPrice = 2;
 
-/// A window of one size of the pyramid, and the least of what was tried on it.
+/// A window, and the least of what was tried on it.
 class Window {
 public:
     Window(const PaddedPlane<std::uint8_t>& frame, const PaddedPlane<std::uint8_t>& before, int x,
-           int y, int side)
-        : pixels_(frame.row(y) + x),
-          before_(before.row(y) + x),
-          stride_(frame.stride()),
-          side_(side) {}
+           int y)
+        : pixels_(frame.row(y) + x), before_(before.row(y) + x), stride_(frame.stride()) {}
 
     void attempt(Step step) {
         if (step == best_ && least_ != INT32_MAX) return;
         const int difference =
-            windowDifference(pixels_, stride_, before_ + step.y * stride_ + step.x, stride_, side_);
+            windowDifference(pixels_, stride_, before_ + step.y * stride_ + step.x, stride_);
         if (difference < least_) {
             least_ = difference;
             best_ = step;
@@ -119,7 +98,6 @@ private:
     const std::uint8_t* pixels_;
     const std::uint8_t* before_;
     std::ptrdiff_t stride_;
-    int side_;
     int least_ = INT32_MAX;
     Step best_;
 };
@@ -129,9 +107,8 @@ Step doubled(Step step) { return {2 * step.x, 2 * step.y}; }
 }  // namespace
 
 int windowDifference(const std::uint8_t* a, std::ptrdiff_t strideA, const std::uint8_t* b,
-                     std::ptrdiff_t strideB, int side) {
-    return side == 8 ? HWY_DYNAMIC_DISPATCH(Difference8)(a, strideA, b, strideB)
-                     : HWY_DYNAMIC_DISPATCH(Difference16)(a, strideA, b, strideB);
+                     std::ptrdiff_t strideB) {
+    return HWY_DYNAMIC_DISPATCH(Difference8)(a, strideA, b, strideB);
 }
 
 BlockSearch::BlockSearch(PixelSize source) {
@@ -147,36 +124,29 @@ Step BlockSearch::coarseAt(int x, int y) const {
     return coarse_[static_cast<std::size_t>(y) * wide_ + x];
 }
 
-void BlockSearch::searchCoarsely(const Pyramid& frame, const Pyramid& before, WorkerPool& pool) {
+void BlockSearch::searchCoarsely(const Pyramid& frame, const Pyramid& before, RowBand band) {
     const std::ptrdiff_t stride = frame.quarter.stride();
-    pool.parallelFor(static_cast<std::size_t>(high_), [&](std::size_t n, std::size_t) {
-        const int y = static_cast<int>(n);
+    for (int y = band.first / kCoarseRows; y * kCoarseRows < band.end; ++y) {
         for (int x = 0; x < wide_; ++x) {
-            // The block has 4 by 4 pixels here, its window 2 more on each side.
-            coarse_[n * wide_ + x] = HWY_DYNAMIC_DISPATCH(SearchAll)(
-                frame.quarter.row(4 * y - 2) + 4 * x - 2, stride,
-                before.quarter.row(4 * y - 2) + 4 * x - 2, stride, kReach, kPrice);
+            coarse_[static_cast<std::size_t>(y) * wide_ + x] = HWY_DYNAMIC_DISPATCH(SearchAll)(
+                frame.quarter.row(8 * y) + 8 * x, stride, before.quarter.row(8 * y) + 8 * x, stride,
+                kReach, kPrice);
         }
-    });
+    }
 }
 
 Step BlockSearch::find(const Pyramid& frame, const Pyramid& before, int blockX, int blockY) const {
     // The coarse neighbours that are nearest to this quarter of their own block.
     const int x = blockX / 2, y = blockY / 2;
     const int besideX = x + (blockX % 2 == 0 ? -1 : 1), besideY = y + (blockY % 2 == 0 ? -1 : 1);
-    Window half(frame.half, before.half, 4 * blockX - 2, 4 * blockY - 2, 8);
-    half.attempt({});
-    half.attempt(doubled(coarseAt(x, y)));
-    half.attempt(doubled(coarseAt(besideX, y)));
-    half.attempt(doubled(coarseAt(x, besideY)));
-    half.attempt(doubled(coarseAt(besideX, besideY)));
-    half.attemptAround(half.best());
-
-    Window full(frame.full, before.full, 8 * blockX - 4, 8 * blockY - 4, 16);
-    full.attempt({});
-    full.attempt(doubled(half.best()));
-    full.attemptAround(full.best());
-    return full.best();
+    Window window(frame.half, before.half, 8 * blockX, 8 * blockY);
+    window.attempt({});
+    window.attempt(doubled(coarseAt(x, y)));
+    window.attempt(doubled(coarseAt(besideX, y)));
+    window.attempt(doubled(coarseAt(x, besideY)));
+    window.attempt(doubled(coarseAt(besideX, besideY)));
+    window.attemptAround(window.best());
+    return doubled(window.best());
 }
 
 }  // namespace quillmere::scaler

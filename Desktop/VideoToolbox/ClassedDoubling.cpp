@@ -1,82 +1,96 @@
 #include "Desktop/VideoToolbox/ClassedDoubling.h"
 
+#include <cstring>
+
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Desktop/VideoToolbox/ClassedDoubling.cpp"
 #include <hwy/foreach_target.h>
 // Above must come first: it compiles what follows once for each target.
 #include <hwy/highway.h>
 
+#include "Desktop/VideoToolbox/BytePairs-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace quillmere::scaler::HWY_NAMESPACE {
 namespace {
 
-namespace hn = hwy::HWY_NAMESPACE;
+using namespace byte_pairs;
 
 using F = DoublingFilters;
-using D16 = hn::CappedTag<std::int16_t, F::kPhases * F::kPitch>;
 using D32 = hn::RepartitionToWide<D16>;
-using V32 = hn::Vec<D32>;
+static_assert(hn::MaxLanes(D8()) <= F::kPhases * F::kPitch);
 
-// The products of one pixel for the phases of one vector, four sums a phase.
-HWY_INLINE V32 PhaseSums(const std::int16_t* pixels, std::ptrdiff_t stride,
-                         const std::int16_t* weights) {
-    const D16 d;
-    V32 low = hn::Zero(D32()), high = hn::Zero(D32());
+// Eight pixels of a row, for each phase.
+HWY_INLINE V8 PixelsOf(const std::uint8_t* from) {
+    std::uint64_t eight;
+    std::memcpy(&eight, from, sizeof eight);
+    return hn::BitCast(D8(), hn::Set(hn::Repartition<std::uint64_t, D8>(), eight));
+}
+
+// The sums of neighbours, of `a` and then of `b` in each block of 128 bits.
+HWY_INLINE V16 PairSums(V16 a, V16 b) {
+    const auto widened = [](V16 v) {
+        auto high = hn::Zero(D32());
+        const auto low = hn::ReorderWidenMulAccumulate(D32(), v, hn::Set(D16(), 1), high, high);
+        return hn::RearrangeToOddPlusEven(low, high);
+    };
+    return hn::ReorderDemote2To(D16(), widened(a), widened(b));
+}
+
+// The sums, still in halves, for the pixels of two rows and two columns. `from` is the first pixel
+// that the first of them looks at.
+HWY_INLINE void FilterBlock(const std::uint8_t* from, std::ptrdiff_t stride,
+                            const std::int8_t* weights, V16& upperSums, V16& lowerSums) {
+    VS8 rows[F::kRows];
+    QUILLMERE_UNROLL
     for (int row = 0; row < F::kRows; ++row) {
-        low = hn::ReorderWidenMulAccumulate(D32(), hn::LoadDup128(d, pixels + row * stride),
-                                            hn::LoadU(d, weights + row * F::kPhases * F::kPitch),
-                                            low, high);
+        rows[row] = hn::LoadU(DS8(), weights + row * F::kPhases * F::kPitch);
     }
-    return hn::RearrangeToOddPlusEven(low, high);
+    V16 upper[2], lower[2];
+    QUILLMERE_UNROLL
+    for (int x = 0; x < 2; ++x) {
+        upper[x] = pairProducts(PixelsOf(from + x), rows[0]);
+        lower[x] = pairProducts(PixelsOf(from + F::kRows * stride + x), rows[F::kRows - 1]);
+        QUILLMERE_UNROLL
+        for (int row = 1; row < F::kRows; ++row) {
+            const V8 pixels = PixelsOf(from + row * stride + x);
+            upper[x] = hn::Add(upper[x], pairProducts(pixels, rows[row]));
+            lower[x] = hn::Add(lower[x], pairProducts(pixels, rows[row - 1]));
+        }
+    }
+    upperSums = PairSums(upper[0], upper[1]);
+    lowerSums = PairSums(lower[0], lower[1]);
 }
 
-// In each block of 128 bits: the totals of a, b, c and d.
-HWY_INLINE V32 Totals(V32 a, V32 b, V32 c, V32 e) {
-    const D32 d;
-    const hn::Repartition<std::int64_t, D32> d64;
-    const V32 ab = hn::Add(hn::InterleaveLower(d, a, b), hn::InterleaveUpper(d, a, b));
-    const V32 ce = hn::Add(hn::InterleaveLower(d, c, e), hn::InterleaveUpper(d, c, e));
-    const auto lower = hn::InterleaveLower(d64, hn::BitCast(d64, ab), hn::BitCast(d64, ce));
-    const auto upper = hn::InterleaveUpper(d64, hn::BitCast(d64, ab), hn::BitCast(d64, ce));
-    return hn::Add(hn::BitCast(d, lower), hn::BitCast(d, upper));
+// Four pixels' levels, a row for each block of 128 bits.
+HWY_INLINE void StoreLevels(V16 left, V16 right, std::uint8_t* to, std::ptrdiff_t stride) {
+    const D16 d;
+    const hn::Rebind<std::uint8_t, D16> d8;
+    static_assert(F::kOne == 1 << 6);
+    const auto sums = hn::Add(PairSums(left, right), hn::Set(d, F::kOne / 2));
+    HWY_ALIGN std::uint8_t bytes[16];
+    hn::StoreU(hn::DemoteTo(d8, hn::ShiftRight<6>(sums)), d8, bytes);
+    for (std::size_t n = 0; n < hn::Lanes(d8); n += 8, to += stride) std::memcpy(to, bytes + n, 8);
 }
 
-// Four pixels of two phases side by side, as eight levels.
-HWY_INLINE void StoreLevels(const std::int32_t* left, const std::int32_t* right, std::uint8_t* to) {
-    const hn::FixedTag<std::int32_t, 4> d;
-    const hn::FixedTag<std::int16_t, 4> half;
-    const hn::FixedTag<std::int16_t, 8> d16;
-    const hn::FixedTag<std::uint8_t, 8> d8;
-    const auto round = hn::Set(d, F::kOne / 2);
-    const auto a = hn::ShiftRight<12>(hn::Add(hn::Load(d, left), round));
-    const auto b = hn::ShiftRight<12>(hn::Add(hn::Load(d, right), round));
-    const auto lower = hn::DemoteTo(half, hn::InterleaveLower(d, a, b));
-    const auto upper = hn::DemoteTo(half, hn::InterleaveUpper(d, a, b));
-    hn::StoreU(hn::DemoteTo(d8, hn::Combine(d16, upper, lower)), d8, to);
-}
-
-void DoubleRow(const std::int16_t* row, std::ptrdiff_t stride, int width,
-               const std::uint8_t* classes, const std::int16_t* filters, std::uint8_t* upper,
-               std::uint8_t* lower) {
-    static_assert(F::kOne == 1 << 12);
-    const std::int16_t* corner = row - F::kRows / 2 * stride - F::kColumns / 2;
-    const int step = static_cast<int>(hn::Lanes(D16()));
-    HWY_ALIGN std::int32_t sums[F::kPhases * 4];  // [phase][pixel]
+void DoubleRows(const std::uint8_t* row, std::ptrdiff_t stride, int width,
+                const std::uint8_t* classes, const std::int8_t* filters, std::uint8_t* to,
+                std::ptrdiff_t toStride) {
+    const std::uint8_t* corner = row - F::kRows / 2 * stride - F::kColumns / 2;
+    // Phases that fill a vector, and the enlarged rows that they belong to.
+    const int step = static_cast<int>(hn::Lanes(D8()));
+    const int rowsAtOnce = step / (F::kPhases * F::kPitch / 2);
     for (int x = 0; x < width; x += 4) {
-        const std::int16_t* weights[4];
-        for (int n = 0; n < 4; ++n) {
-            weights[n] = filters + classes[x + n < width ? x + n : width - 1] * F::kClassWeights;
+        const std::int8_t* left = filters + classes[x / 2] * F::kClassWeights;
+        const std::int8_t* right = filters + classes[x / 2 + 1] * F::kClassWeights;
+        for (int pass = 0; pass * rowsAtOnce < 2; ++pass) {
+            V16 upper[2], lower[2];
+            FilterBlock(corner + x, stride, left + pass * step, upper[0], lower[0]);
+            FilterBlock(corner + x + 2, stride, right + pass * step, upper[1], lower[1]);
+            std::uint8_t* first = to + pass * rowsAtOnce * toStride + 2 * x;
+            StoreLevels(upper[0], upper[1], first, toStride);
+            StoreLevels(lower[0], lower[1], first + 2 * toStride, toStride);
         }
-        const std::int16_t* pixels = corner + x;
-        for (int phase = 0; phase < F::kPhases * F::kPitch; phase += step) {
-            hn::Store(Totals(PhaseSums(pixels, stride, weights[0] + phase),
-                             PhaseSums(pixels + 1, stride, weights[1] + phase),
-                             PhaseSums(pixels + 2, stride, weights[2] + phase),
-                             PhaseSums(pixels + 3, stride, weights[3] + phase)),
-                      D32(), sums + phase / 2);
-        }
-        StoreLevels(sums, sums + 4, upper + 2 * x);
-        StoreLevels(sums + 8, sums + 12, lower + 2 * x);
     }
 }
 
@@ -87,12 +101,12 @@ HWY_AFTER_NAMESPACE();
 #if HWY_ONCE
 namespace quillmere::scaler {
 
-HWY_EXPORT(DoubleRow);
+HWY_EXPORT(DoubleRows);
 
-void doubleRow(const PaddedPlane<std::int16_t>& luma, int y, const std::uint8_t* classes,
-               const DoublingFilters& filters, std::uint8_t* upper, std::uint8_t* lower) {
-    HWY_DYNAMIC_DISPATCH(DoubleRow)
-    (luma.row(y), luma.stride(), luma.size().width, classes, filters.weights.data(), upper, lower);
+void doubleRows(const PaddedPlane<std::uint8_t>& luma, int y, const std::uint8_t* classes,
+                const DoublingFilters& filters, std::uint8_t* to, std::ptrdiff_t stride) {
+    HWY_DYNAMIC_DISPATCH(DoubleRows)
+    (luma.row(y), luma.stride(), luma.size().width, classes, filters.weights.data(), to, stride);
 }
 
 }  // namespace quillmere::scaler

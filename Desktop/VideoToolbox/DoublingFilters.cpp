@@ -4,8 +4,8 @@ namespace quillmere::scaler {
 namespace {
 
 // Writes one stored filter to one class and phase, mirrored as asked.
-void place(const std::int16_t* stored, bool mirrorX, bool mirrorY, int phase,
-           std::int16_t* classWeights) {
+void place(const std::int8_t* stored, bool mirrorX, bool mirrorY, int phase,
+           std::int8_t* classWeights) {
     using F = DoublingFilters;
     for (int row = 0; row < F::kRows; ++row) {
         for (int column = 0; column < F::kColumns; ++column) {
@@ -25,11 +25,11 @@ DoublingFilters expanded() {
         for (int direction = 0; direction < LocalStructure::kDirections; ++direction) {
             const bool mirrored = direction >= kStoredDirections;
             const int from = mirrored ? LocalStructure::kDirections - direction : direction;
-            std::int16_t* to =
+            std::int8_t* to =
                 filters.weights.data() +
                 (kind * LocalStructure::kDirections + direction) * DoublingFilters::kClassWeights;
             for (int phase = 0; phase < kStoredPhases; ++phase) {
-                const std::int16_t* stored =
+                const std::int8_t* stored =
                     kTrainedFilters[(kind * kStoredDirections + from) * kStoredPhases + phase];
                 const int upper = mirrored ? 1 - phase : phase;
                 place(stored, mirrored, false, upper, to);

@@ -14,17 +14,18 @@ struct DoublingFilters {
     static constexpr int kColumns = 7;
     static constexpr int kRows = 5;
     static constexpr int kTaps = kColumns * kRows;
-    static constexpr int kPhases = 4;     // upper left, upper right, lower left, lower right
-    static constexpr int kOne = 1 << 12;  // a weight of 1
+    static constexpr int kPhases = 4;    // upper left, upper right, lower left, lower right
+    static constexpr int kOne = 1 << 6;  // a weight of 1
 
     /// [class][row][phase][8 columns], the last one zero: a vector of any length holds some phases
-    /// of one row.
+    /// of one row. Of a phase's left or right four columns, neither the weights above zero nor
+    /// those below add up to more than 2, so that levels weighed by them stay within 16 bits.
     static constexpr int kPitch = 8;
     static constexpr int kClassWeights = kRows * kPhases * kPitch;
 
-    std::vector<std::int16_t> weights;
+    std::vector<std::int8_t> weights;
 
-    const std::int16_t* ofClass(int c) const { return weights.data() + c * kClassWeights; }
+    const std::int8_t* ofClass(int c) const { return weights.data() + c * kClassWeights; }
 
     /// From the table that `quillmere-scaler-training` writes.
     static const DoublingFilters& trained();
@@ -37,6 +38,6 @@ inline constexpr int kStoredDirections = 5;
 inline constexpr int kStoredPhases = 2;
 inline constexpr int kStoredFilters =
     LocalStructure::kStrengths * LocalStructure::kCoherences * kStoredDirections * kStoredPhases;
-extern const std::int16_t kTrainedFilters[kStoredFilters][DoublingFilters::kTaps];
+extern const std::int8_t kTrainedFilters[kStoredFilters][DoublingFilters::kTaps];
 
 }  // namespace quillmere::scaler

@@ -21,17 +21,20 @@ PixelSize doubled(PixelSize size) { return {2 * size.width, 2 * size.height}; }
 
 PixelSize colourOf(PixelSize size) { return {(size.width + 1) / 2, (size.height + 1) / 2}; }
 
-void copyRows(const PaddedPlane<std::uint8_t>& from, RowBand band, TargetPlane to) {
-    for (int y = band.first; y < band.end; ++y) {
-        std::copy_n(from.row(y), to.size.width, to.row(y));
-    }
-}
+// The rows of a colour plane that go with a band of brightness.
+RowBand colourOf(RowBand band) { return {band.first / 2, (band.end + 1) / 2}; }
 
-void loadRows(SourcePlane from, PaddedPlane<std::uint8_t>& to) {
-    for (int y = 0; y < from.size.height; ++y) {
+void load(SourcePlane from, RowBand band, PaddedPlane<std::uint8_t>& to) {
+    for (int y = band.first; y < band.end; ++y) {
         std::copy_n(from.row(y), from.size.width, to.row(y));
     }
-    to.extendEdges();
+    to.extendEdges(band.first, band.end);
+}
+
+void lanczosDouble(const PaddedPlane<std::uint8_t>& from, Siting siting, RowBand band,
+                   PaddedPlane<std::uint8_t>& to) {
+    lanczosDouble(from, siting, band, {to.row(0), to.stride(), to.size()});
+    to.extendEdges(2 * band.first, 2 * band.end);
 }
 
 }  // namespace
@@ -41,23 +44,20 @@ struct FrameScaler::Buffers {
     struct Scratch {
         explicit Scratch(int width)
             : classifier(width),
-              classes(static_cast<std::size_t>(width) * kBandRows),
-              upper(2 * static_cast<std::size_t>(width) + kVectorSlack),
-              lower(upper.size()),
-              shares(upper.size()) {}
+              pitch(2 * static_cast<std::size_t>(width) + kVectorSlack),
+              rows(4 * pitch),
+              shares(pitch) {}
 
         StructureClassifier classifier;
-        std::vector<std::uint8_t> classes;
-        std::vector<std::uint8_t> upper;
-        std::vector<std::uint8_t> lower;
+        std::size_t pitch;
+        std::vector<std::uint8_t> rows;  // four enlarged ones
         std::vector<std::uint8_t> shares;
         std::vector<std::int16_t> sums;
-        DifferenceHistogram differences;
+        DifferenceHistogram within, between;
     };
 
     Buffers(PixelSize source, std::size_t threads)
         : luma(source, kLumaBorder),
-          wideLuma(source, kLumaBorder),
           frame(source),
           before(source),
           search(source),
@@ -66,19 +66,20 @@ struct FrameScaler::Buffers {
           residual(source, 1),
           enlarged(doubled(source), kWarpBorder),
           enlargedBefore(doubled(source), kWarpBorder),
-          colour(colourOf(source), kDoublingBorder),
-          doubledColour(doubled(colourOf(source)), kDoublingBorder),
+          blue(colourOf(source), kDoublingBorder),
+          red(blue),
+          doubledBlue(doubled(colourOf(source)), kDoublingBorder),
+          doubledRed(doubledBlue),
           scratch(threads, Scratch(source.width)) {}
 
     PaddedPlane<std::uint8_t> luma;
-    PaddedPlane<std::int16_t> wideLuma;  // the same levels, as the filters multiply them
     Pyramid frame, before;
     BlockSearch search;
     MotionField motion;
     Mismatch mismatch;
     Residual residual;
     PaddedPlane<std::uint8_t> enlarged, enlargedBefore;
-    PaddedPlane<std::uint8_t> colour, doubledColour;
+    PaddedPlane<std::uint8_t> blue, red, doubledBlue, doubledRed;
     std::vector<Scratch> scratch;
 };
 
@@ -96,38 +97,37 @@ void FrameScaler::scale(const SourceFrame& source, const TargetFrame& target) {
     const PixelSize targetSize{factor_ * size_.width, factor_ * size_.height};
     if (source.luma.size != size_ || target.luma.size != targetSize) invariantBroken();
     Buffers& b = *buffers_;
-    loadLuma(source.luma);
+    load(source);
     if (hasHistory_) carry();
     enlarge();
-    agree();
-    if (factor_ == 2) {
-        forBands(targetSize.height, pool_,
-                 [&](RowBand band, std::size_t) { copyRows(b.enlarged, band, target.luma); });
-    } else {
-        lanczosDouble(b.enlarged, Siting::centre, target.luma, pool_);
-    }
-    scaleColour(source.blue, target.blue);
-    scaleColour(source.red, target.red);
+    agree(target);
+    if (factor_ == 4) doubleAgain(target);
     std::swap(b.frame, b.before);
     std::swap(b.enlarged, b.enlargedBefore);
     hasHistory_ = true;
 }
 
-void FrameScaler::loadLuma(SourcePlane luma) {
+void FrameScaler::load(const SourceFrame& source) {
     Buffers& b = *buffers_;
-    loadRows(luma, b.luma);
-    for (int y = 0; y < size_.height; ++y) {
-        std::copy_n(luma.row(y), size_.width, b.wideLuma.row(y));
-    }
-    b.wideLuma.extendEdges();
-    b.frame.build(b.luma, pool_);
+    forBands(size_.height, pool_, [&](RowBand band, std::size_t) {
+        scaler::load(source.luma, band, b.luma);
+        scaler::load(source.blue, colourOf(band), b.blue);
+        scaler::load(source.red, colourOf(band), b.red);
+    });
+    const auto search = [&](RowBand band, std::size_t) {
+        b.frame.build(b.luma, band);
+        if (hasHistory_) b.search.searchCoarsely(b.frame, b.before, band);
+    };
+    forBands(size_.height, pool_, search, BlockSearch::kCoarseRows);
 }
 
 // Fills `enlarged` with the last result, moved to where this frame has it, and measures the noise.
 void FrameScaler::carry() {
     Buffers& b = *buffers_;
-    b.search.searchCoarsely(b.frame, b.before, pool_);
-    for (auto& scratch : b.scratch) scratch.differences.clear();
+    for (auto& scratch : b.scratch) {
+        scratch.within.clear();
+        scratch.between.clear();
+    }
     forBands(size_.height, pool_, [&](RowBand band, std::size_t worker) {
         const int blockRow = band.first / MotionField::kBlock;
         for (int block = 0; block < b.motion.blocksWide; ++block) {
@@ -135,12 +135,15 @@ void FrameScaler::carry() {
             b.motion.at(block, blockRow) = refineMotion(b.frame, b.before, block, blockRow, step);
         }
         warpBlocks(b.enlargedBefore, b.motion, blockRow, b.enlarged);
-        compareCarried(b.luma, b.enlarged, band, b.mismatch, b.scratch[worker].differences);
+        compareCarried(b.luma, b.enlarged, band, b.mismatch, b.scratch[worker].between);
+        b.mismatch.extendEdges(band.first, band.end);
+        addNoiseResponse(b.luma, band, b.scratch[worker].within);
     });
-    b.mismatch.extendEdges();
     DifferenceHistogram within, between;
-    addNoiseResponse(b.luma, within);
-    for (const auto& scratch : b.scratch) between.add(scratch.differences);
+    for (const auto& scratch : b.scratch) {
+        within.add(scratch.within);
+        between.add(scratch.between);
+    }
     noise_ = noiseLevel(within, between);
 }
 
@@ -152,40 +155,53 @@ void FrameScaler::enlarge() {
     const DoublingFilters& filters = DoublingFilters::trained();
     forBands(size_.height, pool_, [&](RowBand band, std::size_t worker) {
         Buffers::Scratch& s = b.scratch[worker];
-        s.classifier.classify(b.luma, band, s.classes.data());
-        const std::uint8_t* classes = s.classes.data();
-        for (int y = band.first; y < band.end; ++y, classes += size_.width) {
-            doubleRow(b.wideLuma, y, classes, filters, s.upper.data(), s.lower.data());
+        for (int y = band.first; y < band.end; ++y) {
+            const std::uint8_t* upper = s.rows.data() + y % 2 * 2 * s.pitch;
+            const std::uint8_t* lower = upper + s.pitch;
+            if (y % 2 == 0) {
+                doubleRows(b.luma, y, s.classifier.classify(b.luma, y), filters, s.rows.data(),
+                           static_cast<std::ptrdiff_t>(s.pitch));
+            }
             if (hasHistory_) {
                 trustRow(b.mismatch, y, noise_, s.sums, s.shares.data());
-                mixRow(s.upper.data(), s.shares.data(), width, b.enlarged.row(2 * y));
-                mixRow(s.lower.data(), s.shares.data(), width, b.enlarged.row(2 * y + 1));
+                mixRow(upper, s.shares.data(), width, b.enlarged.row(2 * y));
+                mixRow(lower, s.shares.data(), width, b.enlarged.row(2 * y + 1));
             } else {
-                std::copy_n(s.upper.data(), width, b.enlarged.row(2 * y));
-                std::copy_n(s.lower.data(), width, b.enlarged.row(2 * y + 1));
+                std::copy_n(upper, width, b.enlarged.row(2 * y));
+                std::copy_n(lower, width, b.enlarged.row(2 * y + 1));
             }
         }
         findResidual(b.luma, b.enlarged, band, noise_, b.residual);
+        b.residual.extendEdges(band.first, band.end);
     });
 }
 
-void FrameScaler::agree() {
+// Corrects the mixture, and doubles colour.
+void FrameScaler::agree(const TargetFrame& target) {
     Buffers& b = *buffers_;
-    b.residual.extendEdges();
-    forBands(size_.height, pool_,
-             [&](RowBand band, std::size_t) { addResidual(b.residual, band, b.enlarged); });
-    b.enlarged.extendEdges();
+    forBands(size_.height, pool_, [&](RowBand band, std::size_t) {
+        addResidual(b.residual, band, b.enlarged);
+        b.enlarged.extendEdges(2 * band.first, 2 * band.end);
+        if (factor_ == 4) {
+            lanczosDouble(b.blue, Siting::left, colourOf(band), b.doubledBlue);
+            lanczosDouble(b.red, Siting::left, colourOf(band), b.doubledRed);
+            return;
+        }
+        for (int y = 2 * band.first; y < 2 * band.end; ++y) {
+            std::copy_n(b.enlarged.row(y), target.luma.size.width, target.luma.row(y));
+        }
+        lanczosDouble(b.blue, Siting::left, colourOf(band), target.blue);
+        lanczosDouble(b.red, Siting::left, colourOf(band), target.red);
+    });
 }
 
-void FrameScaler::scaleColour(SourcePlane from, TargetPlane to) {
+void FrameScaler::doubleAgain(const TargetFrame& target) {
     Buffers& b = *buffers_;
-    loadRows(from, b.colour);
-    if (factor_ == 2) return lanczosDouble(b.colour, Siting::left, to, pool_);
-    const TargetPlane doubled{b.doubledColour.row(0), b.doubledColour.stride(),
-                              b.doubledColour.size()};
-    lanczosDouble(b.colour, Siting::left, doubled, pool_);
-    b.doubledColour.extendEdges();
-    lanczosDouble(b.doubledColour, Siting::left, to, pool_);
+    forBands(2 * size_.height, pool_, [&](RowBand band, std::size_t) {
+        lanczosDouble(b.enlarged, Siting::centre, band, target.luma);
+        lanczosDouble(b.doubledBlue, Siting::left, colourOf(band), target.blue);
+        lanczosDouble(b.doubledRed, Siting::left, colourOf(band), target.red);
+    });
 }
 
 }  // namespace quillmere::scaler

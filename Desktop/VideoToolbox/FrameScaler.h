@@ -52,11 +52,11 @@ public:
 private:
     struct Buffers;
 
-    void loadLuma(SourcePlane luma);
+    void load(const SourceFrame& source);
     void carry();
     void enlarge();
-    void agree();
-    void scaleColour(SourcePlane from, TargetPlane to);
+    void agree(const TargetFrame& target);
+    void doubleAgain(const TargetFrame& target);
 
     PixelSize size_;
     int factor_;

@@ -2,57 +2,34 @@
 
 #include <cstring>
 
-#include "Desktop/VideoToolbox/LanczosTaps.h"
-#include "Desktop/VideoToolbox/RowBands.h"
-
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Desktop/VideoToolbox/LanczosDoubling.cpp"
 #include <hwy/foreach_target.h>
 // Above must come first: it compiles what follows once for each target.
 #include <hwy/highway.h>
 
+#include "Desktop/VideoToolbox/BytePairs-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace quillmere::scaler::HWY_NAMESPACE {
 namespace {
 
-namespace hn = hwy::HWY_NAMESPACE;
+using namespace byte_pairs;
 
-using D16 = hn::ScalableTag<std::int16_t>;
-using D8 = hn::Rebind<std::uint8_t, D16>;
-
-// `count` pixels between rows, in thirty-seconds of a level. `from` is the row at or before.
-void BetweenRows(const std::uint8_t* from, std::ptrdiff_t stride, const std::int16_t* taps,
-                 int count, std::int16_t* HWY_RESTRICT to) {
-    const D16 d;
-    for (int x = 0; x < count; x += static_cast<int>(hn::Lanes(d))) {
-        auto sum = hn::Set(d, 1);  // half of what the shift drops
-        for (int tap = 0; tap < kLanczosTaps; ++tap) {
-            const std::uint8_t* row = from + (tap - 2) * stride;
-            sum = hn::Add(
-                sum, hn::Mul(hn::PromoteTo(d, hn::LoadU(D8(), row + x)), hn::Set(d, taps[tap])));
-        }
-        hn::StoreU(hn::ShiftRight<1>(sum), d, to + x);
+// `count` levels between rows. `from` is the row at or before.
+void BetweenRows(const std::uint8_t* from, std::ptrdiff_t stride, int phase, int count,
+                 std::uint8_t* to) {
+    const LanczosFilter filter(phase);
+    for (int x = 0; x < count; x += static_cast<int>(hn::Lanes(D8()))) {
+        hn::StoreU(filter(from + x, stride), D8(), to + x);
     }
-}
-
-// Levels at a part of a pixel after `from`.
-HWY_INLINE auto BetweenPixels(const std::int16_t* from, const std::int16_t* taps) {
-    const D16 d;
-    auto sum = hn::Set(d, 16);
-    for (int tap = 0; tap < kLanczosTaps; ++tap) {
-        const auto weight = hn::Set(d, static_cast<std::int16_t>(taps[tap] * 512));
-        sum = hn::Add(sum, hn::MulFixedPoint15(hn::LoadU(d, from + tap - 2), weight));
-    }
-    return hn::DemoteTo(D8(), hn::ShiftRight<5>(sum));
 }
 
 // Each pixel becomes one between the pixel before and it, and one between it and the next.
-void DoubleColumns(const std::int16_t* from, const std::int16_t* before, const std::int16_t* after,
-                   int count, std::uint8_t* HWY_RESTRICT to) {
-    const int lanes = static_cast<int>(hn::Lanes(D16()));
-    for (int x = 0; x < count; x += lanes) {
-        hn::StoreInterleaved2(BetweenPixels(from + x - 1, before), BetweenPixels(from + x, after),
-                              D8(), to + 2 * x);
+void DoubleColumns(const std::uint8_t* from, int before, int after, int count, std::uint8_t* to) {
+    const LanczosFilter left(before), right(after);
+    for (int x = 0; x < count; x += static_cast<int>(hn::Lanes(D8()))) {
+        hn::StoreInterleaved2(left(from + x - 1, 1), right(from + x, 1), D8(), to + 2 * x);
     }
 }
 
@@ -85,26 +62,23 @@ constexpr int kVectorSlack = 64;
 
 }  // namespace
 
-void lanczosDouble(const PaddedPlane<std::uint8_t>& from, Siting siting, TargetPlane to,
-                   WorkerPool& pool) {
+void lanczosDouble(const PaddedPlane<std::uint8_t>& from, Siting siting, RowBand band,
+                   TargetPlane to) {
     const int width = from.size().width;
     const Phases across = phasesOf(siting), down = phasesOf(Siting::centre);
-    forBands(from.size().height, pool, [&](RowBand band, std::size_t) {
-        std::vector<std::int16_t> between(static_cast<std::size_t>(width) + 2 * kMargin +
-                                          2 * kVectorSlack);
-        std::vector<std::uint8_t> doubled(2 * static_cast<std::size_t>(width) + 2 * kVectorSlack);
-        for (int y = 2 * band.first; y < std::min(2 * band.end, to.size.height); ++y) {
-            const bool isUpper = y % 2 == 0;
-            const int row = isUpper ? y / 2 - 1 : y / 2;
-            HWY_DYNAMIC_DISPATCH(BetweenRows)
-            (from.row(row) - kMargin, from.stride(), kLanczos[isUpper ? down.before : down.after],
-             width + 2 * kMargin, between.data());
-            HWY_DYNAMIC_DISPATCH(DoubleColumns)
-            (between.data() + kMargin, kLanczos[across.before], kLanczos[across.after], width,
-             doubled.data());
-            std::memcpy(to.row(y), doubled.data(), static_cast<std::size_t>(to.size.width));
-        }
-    });
+    std::vector<std::uint8_t> between(static_cast<std::size_t>(width) + 2 * kMargin +
+                                      2 * kVectorSlack);
+    std::vector<std::uint8_t> doubled(2 * static_cast<std::size_t>(width) + 2 * kVectorSlack);
+    for (int y = 2 * band.first; y < std::min(2 * band.end, to.size.height); ++y) {
+        const bool isUpper = y % 2 == 0;
+        const int row = isUpper ? y / 2 - 1 : y / 2;
+        HWY_DYNAMIC_DISPATCH(BetweenRows)
+        (from.row(row) - kMargin, from.stride(), isUpper ? down.before : down.after,
+         width + 2 * kMargin, between.data());
+        HWY_DYNAMIC_DISPATCH(DoubleColumns)
+        (between.data() + kMargin, across.before, across.after, width, doubled.data());
+        std::memcpy(to.row(y), doubled.data(), static_cast<std::size_t>(to.size.width));
+    }
 }
 
 }  // namespace quillmere::scaler

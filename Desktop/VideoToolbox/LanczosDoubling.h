@@ -1,8 +1,8 @@
 // Enlarges a plane to twice its size by one filter: the second doubling, and colour.
 #pragma once
 
-#include "Base/WorkerPool.h"
 #include "Desktop/VideoToolbox/Plane.h"
+#include "Desktop/VideoToolbox/RowBands.h"
 
 namespace quillmere::scaler {
 
@@ -15,8 +15,9 @@ enum class Siting {
 /// Border that `lanczosDouble` needs around its input.
 inline constexpr int kDoublingBorder = 32;
 
-/// `to` may be smaller than twice `from`, whose border is extended; what is missing is cut off.
-void lanczosDouble(const PaddedPlane<std::uint8_t>& from, Siting siting, TargetPlane to,
-                   WorkerPool& pool);
+/// Doubles the rows `band` of `from`. `to` may be smaller than twice `from`, whose border is
+/// extended; what is missing is cut off.
+void lanczosDouble(const PaddedPlane<std::uint8_t>& from, Siting siting, RowBand band,
+                   TargetPlane to);
 
 }  // namespace quillmere::scaler

@@ -1,58 +1,59 @@
 #include "Desktop/VideoToolbox/LocalStructure.h"
 
-#include <algorithm>
-
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "Desktop/VideoToolbox/LocalStructure.cpp"
 #include <hwy/foreach_target.h>
 // Above must come first: it compiles what follows once for each target.
 #include <hwy/highway.h>
 
+#include "Desktop/VideoToolbox/RowVectors-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace quillmere::scaler::HWY_NAMESPACE {
 namespace {
 
-namespace hn = hwy::HWY_NAMESPACE;
+using namespace row_vectors;
 
-// Plain loops: the compiler turns them into vectors of each target.
+using D32 = hn::RepartitionToWide<D16>;
 
-/// The products of one row's differences: `to` holds gx * gx, gx * gy and gy * gy in rows of
-/// `pitch`, from the pixel left of the first one on.
+/// The sums, over four rows from `row` on, of the products of neighbours' differences: `to` holds
+/// those of gx * gx, gx * gy and gy * gy in rows of `pitch`, two pixels a sum.
 void MultiplyDifferences(const std::uint8_t* row, std::ptrdiff_t stride, int width, int pitch,
-                         std::int32_t* HWY_RESTRICT to) {
-    for (int x = -1; x <= width; ++x) {
-        const int gx = row[x + 1] - row[x - 1];
-        const int gy = row[x + stride] - row[x - stride];
-        to[x + 1] = gx * gx;
-        to[pitch + x + 1] = gx * gy;
-        to[2 * pitch + x + 1] = gy * gy;
+                         std::int32_t* to) {
+    for (int x = 0; x < width; x += lanes()) {
+        auto xx = hn::Zero(D32()), xy = xx, yy = xx, xxHigh = xx, xyHigh = xx, yyHigh = xx;
+        for (int y = 0; y < 4; ++y) {
+            const std::uint8_t* at = row + y * stride + x;
+            const auto gx = hn::Sub(levels(at + 1), levels(at - 1));
+            const auto gy = hn::Sub(levels(at + stride), levels(at - stride));
+            xx = hn::ReorderWidenMulAccumulate(D32(), gx, gx, xx, xxHigh);
+            xy = hn::ReorderWidenMulAccumulate(D32(), gx, gy, xy, xyHigh);
+            yy = hn::ReorderWidenMulAccumulate(D32(), gy, gy, yy, yyHigh);
+        }
+        std::int32_t* sums = to + x / 2;
+        hn::StoreU(hn::RearrangeToOddPlusEven(xx, xxHigh), D32(), sums);
+        hn::StoreU(hn::RearrangeToOddPlusEven(xy, xyHigh), D32(), sums + pitch);
+        hn::StoreU(hn::RearrangeToOddPlusEven(yy, yyHigh), D32(), sums + 2 * pitch);
     }
 }
 
-void WeighRows(const std::int32_t* HWY_RESTRICT above, const std::int32_t* HWY_RESTRICT row,
-               const std::int32_t* HWY_RESTRICT below, int count, std::int32_t* HWY_RESTRICT to) {
-    for (int x = 0; x < count; ++x) to[x] = above[x] + 2 * row[x] + below[x];
-}
-
-/// `sums`: three rows of products as above, weighed from top to bottom. Up to a vector more than
-/// `width` is read and written.
-void ClassifyRow(const std::int32_t* sums, int width, int pitch, std::uint8_t* classes) {
+/// `sums` as above, from the pixel left of the first block on. Up to a vector more than `blocks`
+/// is read and written.
+void ClassifyRow(const std::int32_t* sums, int blocks, int pitch, std::uint8_t* classes) {
     using S = LocalStructure;
     const hn::ScalableTag<float> d;
     const hn::RebindToSigned<decltype(d)> d32;
     const hn::Rebind<std::uint8_t, decltype(d)> d8;
     const auto set = [&](float value) { return hn::Set(d, value); };
-    const auto weigh = [&](const std::int32_t* at) {
-        const auto middle = hn::LoadU(d32, at + 1);
-        return hn::ConvertTo(d, hn::Add(hn::Add(hn::LoadU(d32, at), hn::LoadU(d32, at + 2)),
-                                        hn::Add(middle, middle)));
+    const auto sum = [&](const std::int32_t* at) {
+        return hn::ConvertTo(d, hn::Add(hn::LoadU(d32, at), hn::LoadU(d32, at + 1)));
     };
     const auto countsIf = [&](auto condition, int count) {
         return hn::IfThenElseZero(condition, set(static_cast<float>(count)));
     };
-    for (int x = 0; x < width; x += static_cast<int>(hn::Lanes(d))) {
-        const auto xx = weigh(sums + x), xy = weigh(sums + pitch + x);
-        const auto yy = weigh(sums + 2 * pitch + x);
+    for (int x = 0; x < blocks; x += static_cast<int>(hn::Lanes(d))) {
+        const auto xx = sum(sums + x), xy = sum(sums + pitch + x);
+        const auto yy = sum(sums + 2 * pitch + x);
         const auto trace = hn::Add(xx, yy);  // of sixteen times the tensor
         auto result = set(0);                // exact: whole numbers
         for (const float bound : {60.0f, 300.0f, 1500.0f}) {
@@ -92,7 +93,6 @@ HWY_AFTER_NAMESPACE();
 namespace quillmere::scaler {
 
 HWY_EXPORT(MultiplyDifferences);
-HWY_EXPORT(WeighRows);
 HWY_EXPORT(ClassifyRow);
 
 namespace {
@@ -101,30 +101,17 @@ constexpr int kVectorSlack = 64;
 
 }  // namespace
 
-// Three rows' products, three sums each, and the weighed ones.
 StructureClassifier::StructureClassifier(int width)
-    : pitch_(width + 2),
-      rows_(static_cast<std::size_t>(pitch_) * 3 * 4 + kVectorSlack),
-      row_(static_cast<std::size_t>(width) + kVectorSlack) {}
+    : blocks_((width + 1) / 2),
+      pitch_(blocks_ + kVectorSlack),
+      sums_(3 * static_cast<std::size_t>(pitch_)),
+      classes_(static_cast<std::size_t>(pitch_)) {}
 
-void StructureClassifier::classify(const PaddedPlane<std::uint8_t>& luma, RowBand band,
-                                   std::uint8_t* classes) {
-    const int width = luma.size().width;
-    const auto products = [&](int y) { return rows_.data() + (y + 3) % 3 * 3 * pitch_; };
-    const auto multiply = [&](int y) {
-        HWY_DYNAMIC_DISPATCH(MultiplyDifferences)
-        (luma.row(y), luma.stride(), width, pitch_, products(y));
-    };
-    std::int32_t* weighed = rows_.data() + 9 * pitch_;
-    multiply(band.first - 1);
-    multiply(band.first);
-    for (int y = band.first; y < band.end; ++y, classes += width) {
-        multiply(y + 1);
-        HWY_DYNAMIC_DISPATCH(WeighRows)
-        (products(y - 1), products(y), products(y + 1), 3 * pitch_, weighed);
-        HWY_DYNAMIC_DISPATCH(ClassifyRow)(weighed, width, pitch_, row_.data());
-        std::copy_n(row_.data(), width, classes);
-    }
+const std::uint8_t* StructureClassifier::classify(const PaddedPlane<std::uint8_t>& luma, int y) {
+    HWY_DYNAMIC_DISPATCH(MultiplyDifferences)
+    (luma.row(y - 1) - 1, luma.stride(), 2 * (blocks_ + 1), pitch_, sums_.data());
+    HWY_DYNAMIC_DISPATCH(ClassifyRow)(sums_.data(), blocks_, pitch_, classes_.data());
+    return classes_.data();
 }
 
 }  // namespace quillmere::scaler

@@ -20,7 +20,7 @@ struct MotionVector {
     friend bool operator==(const MotionVector&, const MotionVector&) = default;
 };
 
-/// One vector for each block of 8 by 8 source pixels; the last blocks may reach over the edge.
+/// One vector for each block of 16 by 16 source pixels; the last blocks may reach over the edge.
 struct MotionField {
     static constexpr int kBlock = kBandRows;
 

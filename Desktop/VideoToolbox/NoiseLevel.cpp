@@ -27,8 +27,10 @@ int DifferenceHistogram::median() const {
     return 0;
 }
 
-void addNoiseResponse(const PaddedPlane<std::uint8_t>& luma, DifferenceHistogram& histogram) {
-    for (int y = 0; y < luma.size().height; y += kNoiseStep) {
+void addNoiseResponse(const PaddedPlane<std::uint8_t>& luma, RowBand band,
+                      DifferenceHistogram& histogram) {
+    static_assert(kBandRows % kNoiseStep == 0);
+    for (int y = band.first; y < band.end; y += kNoiseStep) {
         const std::uint8_t *above = luma.row(y - 1), *row = luma.row(y), *below = luma.row(y + 1);
         for (int x = 0; x < luma.size().width; x += kNoiseStep) {
             const int corners = above[x - 1] + above[x + 1] + below[x - 1] + below[x + 1];

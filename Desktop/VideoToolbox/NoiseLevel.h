@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "Desktop/VideoToolbox/Plane.h"
+#include "Desktop/VideoToolbox/RowBands.h"
 
 namespace quillmere::scaler {
 
@@ -25,10 +26,11 @@ private:
 /// One pixel in four times four is looked at.
 inline constexpr int kNoiseStep = 4;
 
-/// Adds the frame's response to the mask of Immerkaer ("Fast noise variance estimation", 1996), six
+/// Adds the band's response to the mask of Immerkaer ("Fast noise variance estimation", 1996), six
 /// times the deviation of white noise and blind to edges that are straight. `luma` has an extended
 /// border.
-void addNoiseResponse(const PaddedPlane<std::uint8_t>& luma, DifferenceHistogram& histogram);
+void addNoiseResponse(const PaddedPlane<std::uint8_t>& luma, RowBand band,
+                      DifferenceHistogram& histogram);
 
 /// The standard deviation of the noise in levels, 0 to 8: the smaller of what the frame alone shows
 /// and of what differs from the frame before after motion, for texture looks like noise to the one

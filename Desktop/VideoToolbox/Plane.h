@@ -42,18 +42,21 @@ public:
     T* row(int y) { return pixels_.data() + offset(y); }
     const T* row(int y) const { return pixels_.data() + offset(y); }
 
-    void extendEdges() {
-        for (int y = 0; y < size_.height; ++y) {
-            T* first = row(y);
-            std::fill(first - border_, first, first[0]);
-            std::fill(first + size_.width, first + size_.width + border_, first[size_.width - 1]);
+    void extendEdges() { extendEdges(0, size_.height); }
+    /// The part that belongs to the rows [first, end): of parts, several threads may do one each.
+    void extendEdges(int first, int end) {
+        for (int y = first; y < end; ++y) {
+            T* pixels = row(y);
+            std::fill(pixels - border_, pixels, pixels[0]);
+            std::fill(pixels + size_.width, pixels + size_.width + border_,
+                      pixels[size_.width - 1]);
         }
         const auto copyRow = [&](int from, int to) {
             std::copy_n(row(from) - border_, size_.width + 2 * border_, row(to) - border_);
         };
         for (int n = 1; n <= border_; ++n) {
-            copyRow(0, -n);
-            copyRow(size_.height - 1, size_.height - 1 + n);
+            if (first == 0) copyRow(0, -n);
+            if (end == size_.height) copyRow(size_.height - 1, size_.height - 1 + n);
         }
     }
 

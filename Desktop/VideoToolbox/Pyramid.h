@@ -1,8 +1,8 @@
 // A frame's brightness as the motion search sees it: smoothed, at three sizes.
 #pragma once
 
-#include "Base/WorkerPool.h"
 #include "Desktop/VideoToolbox/Plane.h"
+#include "Desktop/VideoToolbox/RowBands.h"
 
 namespace quillmere::scaler {
 
@@ -18,8 +18,9 @@ struct Pyramid {
 
     explicit Pyramid(PixelSize size);
 
-    /// `luma` has the constructor's size and an extended border of 1 or more.
-    void build(const PaddedPlane<std::uint8_t>& luma, WorkerPool& pool);
+    /// Fills the part that belongs to the band, which begins at a multiple of 4 and ends at one or
+    /// at the edge. `luma` has the constructor's size and an extended border of 1 or more.
+    void build(const PaddedPlane<std::uint8_t>& luma, RowBand band);
 };
 
 }  // namespace quillmere::scaler

@@ -14,7 +14,7 @@ namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-constexpr int kSide = 16;
+constexpr int kSide = MotionField::kBlock;
 
 // A sum of products that keeps both halves of what the instruction gives.
 class ProductSum {
@@ -45,27 +45,31 @@ HWY_INLINE auto Pixels(const std::uint8_t* from) {
 SlopeSums SumSlopes(const std::uint8_t* frame, const std::uint8_t* before, std::ptrdiff_t stride,
                     int fractionX, int fractionY) {
     const ProductSum::D16 d;
-    const auto weight = [&](int x, int y) { return hn::Set(d, static_cast<std::int16_t>(x * y)); };
-    const auto w00 = weight(8 - fractionX, 8 - fractionY), w10 = weight(fractionX, 8 - fractionY);
-    const auto w01 = weight(8 - fractionX, fractionY), w11 = weight(fractionX, fractionY);
+    const auto weight = [&](int eighths) { return hn::Set(d, static_cast<std::int16_t>(eighths)); };
+    const auto left = weight(8 - fractionX), right = weight(fractionX);
+    const auto above = weight(8 - fractionY), below = weight(fractionY);
+    const auto between = [&](const std::uint8_t* from) {
+        return hn::Add(hn::Mul(Pixels(from), left), hn::Mul(Pixels(from + 1), right));
+    };
     ProductSum xx, xy, yy, xd, yd;
-    for (int y = 0; y < kSide; ++y, frame += stride, before += stride) {
-        for (int x = 0; x < kSide; x += static_cast<int>(hn::Lanes(d))) {
-            const std::uint8_t* at = frame + x;
-            const std::uint8_t* from = before + x;
-            const auto gx = hn::Sub(Pixels(at + 1), Pixels(at - 1));
-            const auto gy = hn::Sub(Pixels(at + stride), Pixels(at - stride));
-            const auto upper = hn::Add(hn::Mul(Pixels(from), w00), hn::Mul(Pixels(from + 1), w10));
-            const auto lower = hn::Add(hn::Mul(Pixels(from + stride), w01),
-                                       hn::Mul(Pixels(from + stride + 1), w11));
-            const auto shifted = hn::Add(upper, lower);
-            const auto difference =
-                hn::ShiftRight<2>(hn::Sub(hn::ShiftLeft<6>(Pixels(at)), shifted));
+    for (int x = 0; x < kSide; x += static_cast<int>(hn::Lanes(d))) {
+        const std::uint8_t* at = frame + x;
+        const std::uint8_t* from = before + x;
+        // What a row shares with the next one stays.
+        auto last = Pixels(at - stride), here = Pixels(at), upper = between(from);
+        for (int y = 0; y < kSide; ++y, at += stride, from += stride) {
+            const auto next = Pixels(at + stride), lower = between(from + stride);
+            const auto gx = hn::Sub(Pixels(at + 1), Pixels(at - 1)), gy = hn::Sub(next, last);
+            const auto shifted = hn::Add(hn::Mul(upper, above), hn::Mul(lower, below));
+            const auto difference = hn::ShiftRight<2>(hn::Sub(hn::ShiftLeft<6>(here), shifted));
             xx.add(gx, gx);
             xy.add(gx, gy);
             yy.add(gy, gy);
             xd.add(gx, difference);
             yd.add(gy, difference);
+            last = here;
+            here = next;
+            upper = lower;
         }
     }
     return {xx.total(), xy.total(), yy.total(), xd.total(), yd.total()};
@@ -83,7 +87,7 @@ HWY_EXPORT(SumSlopes);
 
 constexpr int kIterations = 2;
 // In pixels: what a search result can be wrong by, and a little more.
-constexpr float kFurthest = 1.2f;
+constexpr float kFurthest = 2;
 // Added to the squares' sums: holds windows whose contrast is mere rounding.
 constexpr float kFirmness = 80;
 
@@ -97,8 +101,7 @@ SlopeSums slopeSums(const std::uint8_t* frame, const std::uint8_t* before, std::
 
 MotionVector refineMotion(const Pyramid& frame, const Pyramid& before, int blockX, int blockY,
                           Step step) {
-    constexpr int margin = 4;  // of the window around its block
-    const int x = MotionField::kBlock * blockX - margin, y = MotionField::kBlock * blockY - margin;
+    const int x = MotionField::kBlock * blockX, y = MotionField::kBlock * blockY;
     float moveX = 0, moveY = 0;  // from `step`, in pixels
     for (int iteration = 0; iteration < kIterations; ++iteration) {
         const Step tried{8 * step.x + static_cast<int>(std::lround(8 * moveX)),

@@ -8,22 +8,19 @@
 // Above must come first: it compiles what follows once for each target.
 #include <hwy/highway.h>
 
+#include "Desktop/VideoToolbox/RowVectors-inl.h"
+
 HWY_BEFORE_NAMESPACE();
 namespace quillmere::scaler::HWY_NAMESPACE {
 namespace {
 
-namespace hn = hwy::HWY_NAMESPACE;
+using namespace row_vectors;
 
-using D16 = hn::ScalableTag<std::int16_t>;
-
-// A plain loop, as the last one: the compiler turns it into vectors of each target.
-void CompareRow(const std::uint8_t* HWY_RESTRICT source, const std::uint8_t* HWY_RESTRICT upper,
-                const std::uint8_t* HWY_RESTRICT lower, int width,
-                std::int16_t* HWY_RESTRICT mismatch) {
-    for (int x = 0; x < width; ++x) {
-        const auto sum = static_cast<std::int16_t>(upper[2 * x] + upper[2 * x + 1] + lower[2 * x] +
-                                                   lower[2 * x + 1]);
-        mismatch[x] = static_cast<std::int16_t>(4 * source[x] - sum);
+void CompareRow(const std::uint8_t* source, const std::uint8_t* upper, const std::uint8_t* lower,
+                int width, std::int16_t* mismatch) {
+    for (int x = 0; x < width; x += lanes()) {
+        const auto sum = sumsOfFour(upper + 2 * x, lower + 2 * x);
+        hn::StoreU(hn::Sub(hn::ShiftLeft<2>(levels(source + x)), sum), D16(), mismatch + x);
     }
 }
 
@@ -31,7 +28,7 @@ void CompareRow(const std::uint8_t* HWY_RESTRICT source, const std::uint8_t* HWY
 void SumColumns(const std::int16_t* centre, std::ptrdiff_t stride, int count, std::int16_t* sums,
                 std::int16_t* sizes) {
     const D16 d;
-    for (int x = 0; x < count; x += static_cast<int>(hn::Lanes(d))) {
+    for (int x = 0; x < count; x += lanes()) {
         auto sum = hn::Zero(d), size = hn::Zero(d);
         for (int row = -kTrustReach; row <= kTrustReach; ++row) {
             const auto off = hn::LoadU(d, centre + row * stride + x);
@@ -55,7 +52,7 @@ void ShareRow(const std::int16_t* sums, const std::int16_t* sizes, int width, st
               std::int16_t slope, std::uint8_t* shares) {
     const D16 d;
     const hn::Rebind<std::uint8_t, D16> d8;
-    for (int x = 0; x < width; x += static_cast<int>(hn::Lanes(d))) {
+    for (int x = 0; x < width; x += lanes()) {
         const auto shift = hn::Abs(SumOfFive(sums + x));
         const auto weighed = hn::SaturatedAdd(shift, hn::SaturatedAdd(shift, shift));
         const auto worse = hn::Max(SumOfFive(sizes + x), weighed);
@@ -67,12 +64,14 @@ void ShareRow(const std::int16_t* sums, const std::int16_t* sizes, int width, st
     }
 }
 
-void MixRow(const std::uint8_t* HWY_RESTRICT enlarged, const std::uint8_t* HWY_RESTRICT shares,
-            int count, std::uint8_t* HWY_RESTRICT carried) {
-    for (int x = 0; x < count; ++x) {
-        const auto difference = static_cast<std::int16_t>(carried[x] - enlarged[x]);
-        const auto part = static_cast<std::int16_t>(difference * shares[x] + 64);
-        carried[x] = static_cast<std::uint8_t>(enlarged[x] + (part >> 7));
+void MixRow(const std::uint8_t* enlarged, const std::uint8_t* shares, int count,
+            std::uint8_t* carried) {
+    const auto round = hn::Set(D16(), 64);
+    for (int x = 0; x < count; x += lanes()) {
+        const auto alone = levels(enlarged + x);
+        const auto difference = hn::Sub(levels(carried + x), alone);
+        const auto part = hn::Add(hn::Mul(difference, levels(shares + x)), round);
+        storeLevels(hn::Add(alone, hn::ShiftRight<7>(part)), carried + x);
     }
 }
 

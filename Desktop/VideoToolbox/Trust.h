@@ -33,7 +33,8 @@ inline constexpr int kFullShare = 109;  // 0.85: the rest renews what motion and
 void trustRow(const Mismatch& mismatch, int y, float noise, std::vector<std::int16_t>& sums,
               std::uint8_t* shares);
 
-/// Mixes `count` pixels: carried = enlarged + share * (carried - enlarged), rounded.
+/// Mixes `count` pixels: carried = enlarged + share * (carried - enlarged), rounded. All three have
+/// room for 64 more.
 void mixRow(const std::uint8_t* enlarged, const std::uint8_t* shares, int count,
             std::uint8_t* carried);
 

@@ -30,14 +30,15 @@ int halved(const Pixels& plane, int x, int y) { return (sumOfFour(plane, x, y) +
 
 int classOf(const Pixels& luma, int x, int y) {
     double xx = 0, xy = 0, yy = 0;
-    for (int dy = -1; dy <= 1; ++dy) {
-        for (int dx = -1; dx <= 1; ++dx) {
-            const double weight = tent(dx) * tent(dy) / 16.0;
+    x = x / 2 * 2;
+    y = y / 2 * 2;
+    for (int dy = -1; dy <= 2; ++dy) {
+        for (int dx = -1; dx <= 2; ++dx) {
             const int gx = luma(x + dx + 1, y + dy) - luma(x + dx - 1, y + dy);
             const int gy = luma(x + dx, y + dy + 1) - luma(x + dx, y + dy - 1);
-            xx += weight * gx * gx;
-            xy += weight * gx * gy;
-            yy += weight * gy * gy;
+            xx += gx * gx / 16.0;
+            xy += gx * gy / 16.0;
+            yy += gy * gy / 16.0;
         }
     }
     const double trace = xx + yy, length = std::hypot(xx - yy, 2 * xy);
@@ -49,7 +50,7 @@ int classOf(const Pixels& luma, int x, int y) {
 }
 
 int doubledPixel(const Pixels& luma, int classOfSource, int x, int y) {
-    const std::int16_t* weights = DoublingFilters::trained().ofClass(classOfSource);
+    const std::int8_t* weights = DoublingFilters::trained().ofClass(classOfSource);
     const int phase = y % 2 * 2 + x % 2;
     int sum = 0;
     for (int row = 0; row < DoublingFilters::kRows; ++row) {
@@ -59,13 +60,13 @@ int doubledPixel(const Pixels& luma, int classOfSource, int x, int y) {
                    luma(x / 2 + column - 3, y / 2 + row - 2);
         }
     }
-    return std::clamp((sum + DoublingFilters::kOne / 2) >> 12, 0, 255);
+    return std::clamp((sum + DoublingFilters::kOne / 2) >> 6, 0, 255);
 }
 
-int windowDifference(const Pixels& a, const Pixels& b, Step step, int x, int y, int side) {
+int windowDifference(const Pixels& a, const Pixels& b, Step step, int x, int y) {
     int sum = 0;
-    for (int dy = 0; dy < side; ++dy) {
-        for (int dx = 0; dx < side; ++dx) {
+    for (int dy = 0; dy < 8; ++dy) {
+        for (int dx = 0; dx < 8; ++dx) {
             sum += std::abs(a(x + dx, y + dy) - b(x + dx + step.x, y + dy + step.y));
         }
     }
@@ -96,15 +97,16 @@ SlopeSums slopeSums(const Pixels& frame, const Pixels& before, int x0, int y0, S
     return sums;
 }
 
-double lanczosPixel(const Pixels& plane, int eighthsX, int eighthsY) {
-    double sum = 0;
-    for (int dy = 0; dy < kLanczosTaps; ++dy) {
-        for (int dx = 0; dx < kLanczosTaps; ++dx) {
-            sum += kLanczos[eighthsY & 7][dy] * kLanczos[eighthsX & 7][dx] *
-                   plane((eighthsX >> 3) + dx - 2, (eighthsY >> 3) + dy - 2);
+int lanczosPixel(const Pixels& plane, int eighthsX, int eighthsY) {
+    const auto weighed = [](int eighths, const auto& pixelAt) {
+        int sum = 32;
+        for (int tap = 0; tap < kLanczosTaps; ++tap) {
+            sum += kLanczos[eighths & 7][tap] * pixelAt((eighths >> 3) + tap - 2);
         }
-    }
-    return std::clamp(sum / (64 * 64), 0.0, 255.0);
+        return std::clamp(sum >> 6, 0, 255);
+    };
+    return weighed(eighthsY,
+                   [&](int y) { return weighed(eighthsX, [&](int x) { return plane(x, y); }); });
 }
 
 double share(const Pixels& mismatch, int x, int y, float noise) {
@@ -122,7 +124,7 @@ double share(const Pixels& mismatch, int x, int y, float noise) {
 
 double residual(const Pixels& luma, const Pixels& enlarged, int x, int y, float noise) {
     const double missing = 4 * luma(x, y) - sumOfFour(enlarged, x, y);
-    if (noise == 0) return 0.8 * missing;
+    if (noise < 0.25f) return 0.8 * missing;
     return 0.8 * missing * std::clamp(std::abs(missing) / (4 * 2 * noise) - 1, 0.15, 1.0);
 }
 

@@ -29,10 +29,10 @@ int halved(const Pixels& plane, int x, int y);
 int classOf(const Pixels& luma, int x, int y);
 /// A pixel of the enlarged frame.
 int doubledPixel(const Pixels& luma, int classOfSource, int x, int y);
-int windowDifference(const Pixels& a, const Pixels& b, Step step, int x, int y, int side);
+int windowDifference(const Pixels& a, const Pixels& b, Step step, int x, int y);
 SlopeSums slopeSums(const Pixels& frame, const Pixels& before, int x, int y, Step shift);
-/// Between pixels, at eighths. Exact to one level beside the kernel, which rounds in between.
-double lanczosPixel(const Pixels& plane, int eighthsX, int eighthsY);
+/// Between pixels, at eighths: of rows, and then between those.
+int lanczosPixel(const Pixels& plane, int eighthsX, int eighthsY);
 double share(const Pixels& mismatch, int x, int y, float noise);
 double residual(const Pixels& luma, const Pixels& enlarged, int x, int y, float noise);
 int corrected(const Pixels& residual, int level, int x, int y);
