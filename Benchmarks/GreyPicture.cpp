@@ -1,6 +1,7 @@
 #include "Benchmarks/GreyPicture.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <numbers>
 
@@ -43,6 +44,30 @@ GreyPicture narrowed(const GreyPicture& picture, int factor, Reduction reduction
             float value = 0;
             for (std::size_t n = 0; n < weights.size(); ++n) {
                 value += weights[n] * picture.at(x * factor - reach + static_cast<int>(n), y);
+            }
+            result.row(y)[x] = value / sum;
+        }
+    }
+    return result;
+}
+
+/// Makes the rows longer.
+GreyPicture widened(const GreyPicture& picture, int factor) {
+    constexpr int lobes = 3;
+    GreyPicture result({picture.size.width * factor, picture.size.height});
+    for (int x = 0; x < result.size.width; ++x) {
+        const double at = (x + 0.5) / factor - 0.5;
+        const int first = static_cast<int>(std::floor(at)) - lobes + 1;
+        std::array<float, 2 * lobes> weights{};
+        float sum = 0;
+        for (std::size_t n = 0; n < weights.size(); ++n) {
+            weights[n] = static_cast<float>(lanczos(first + static_cast<int>(n) - at));
+            sum += weights[n];
+        }
+        for (int y = 0; y < result.size.height; ++y) {
+            float value = 0;
+            for (std::size_t n = 0; n < weights.size(); ++n) {
+                value += weights[n] * picture.at(first + static_cast<int>(n), y);
             }
             result.row(y)[x] = value / sum;
         }
@@ -99,6 +124,10 @@ Result<GreyPicture> loadGrey(const std::filesystem::path& file) {
 GreyPicture reduced(const GreyPicture& picture, int factor, Reduction reduction) {
     return transposed(
         narrowed(transposed(narrowed(picture, factor, reduction)), factor, reduction));
+}
+
+GreyPicture enlarged(const GreyPicture& picture, int factor) {
+    return transposed(widened(transposed(widened(picture, factor)), factor));
 }
 
 GreyPicture rounded(GreyPicture picture) {

@@ -41,6 +41,9 @@ Result<GreyPicture> loadGrey(const std::filesystem::path& file);
 /// `factor` times smaller; rows and columns that fill no square are left out.
 GreyPicture reduced(const GreyPicture& picture, int factor, Reduction reduction);
 
+/// `factor` times larger, by Lanczos's filter of three lobes.
+GreyPicture enlarged(const GreyPicture& picture, int factor);
+
 /// To whole levels from 0 to 255.
 GreyPicture rounded(GreyPicture picture);
 

@@ -34,6 +34,7 @@ void measurePictures(const Setting& setting);
 void measureEncoding(const Setting& setting);
 void measureEvents(const Setting& setting);
 void measureWarmUp(const Setting& setting);
+void measureFidelity(const Setting& setting);
 void measureScaler(const Setting& setting);
 void measureScalerQuality(const Setting& setting);
 void measureVideos(const Setting& setting);

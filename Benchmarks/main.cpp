@@ -39,6 +39,7 @@ const Section kSections[] = {
     {"scaler", measureScaler, "video frames, beside swscale"},
     {"video", measureVideos, "whole videos by the command line, beside ffmpeg: time and memory"},
     {"window", measureWindow, "the application's window: its start, its memory, its frames"},
+    {"fidelity", measureFidelity, "what enlarged pictures keep of the truth, style by style"},
     {"scaler-quality", measureScalerQuality, "what enlarged video frames keep of the truth"},
 };
 

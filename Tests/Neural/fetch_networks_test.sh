@@ -26,6 +26,7 @@ cp "$script" "$tree/scripts/"
 printf '7767517\n2 2\nInput in 0 1 data\nConvolution c 1 1 data out 0=3 1=1 6=9\n' \
     >"$folder/package/net/a.param"
 { printf '\x47\x6b\x30\x01' && head -c 20 /dev/zero; } >"$folder/package/net/a.bin"
+cp -r "$folder/package/net" "$tree/ours"
 tar -czf "$folder/whole.tgz" -C "$folder" package
 head -c 100 "$folder/whole.tgz" >"$folder/cut.tgz"
 
@@ -50,14 +51,16 @@ write_lock() {
     jq -n --arg integrity "sha512-$(printf %s "$digits" | basenc --base16 -d | base64 -w 0)" \
         --arg param "$(checksum a.param)" --arg bin "${1:-$(checksum a.bin)}" '{
         packages: [{name: "@a/b", version: "1.0.0", integrity: $integrity,
-                    files: {"net/a.param": $param, "net/a.bin": $bin}}],
+                    files: {"net/a.param": $param, "net/a.bin": $bin}},
+                   {name: "ours", version: "1", folder: "ours",
+                    files: {"a.param": $param, "a.bin": $bin}}],
         networks: [
             {resource: "one", stored: "cache", inputName: "in", range: 1, licence: "MIT",
              importer: "import-param", package: "@a/b", files: ["net/a.param", "net/a.bin"]},
             {resource: "both", stored: "cache", inputName: "x", range: 1, licence: "MIT",
              importer: "mean", of: ["one", "one"]},
             {resource: "kept", stored: "repository", inputName: "in", range: 1, licence: "MIT",
-             importer: "import-param", package: "@a/b", files: ["net/a.param", "net/a.bin"]}]}' \
+             importer: "import-param", package: "ours", files: ["a.param", "a.bin"]}]}' \
         >"$lock"
 }
 
@@ -87,9 +90,15 @@ afresh() {
 write_lock
 afresh
 fails "a missing small network is passed over" "damaged"
-"$tree/scripts/fetch-networks" --remake-small "$modelc" >"$folder/said" 2>&1 ||
-    wrong "the small networks can't be made"
-[[ -d $tree/Quillmere/Resources/Models/kept.mlmodelc ]] || wrong "they were not kept"
+remake() { "$tree/scripts/fetch-networks" --remake-small "$modelc" "$@" >"$folder/said" 2>&1; }
+: >"$folder/calls"
+remake kept || wrong "a small network can't be made"
+[[ -d $tree/Quillmere/Resources/Models/kept.mlmodelc ]] || wrong "it was not kept"
+[[ $(calls) == 0 ]] || wrong "a network of our own was fetched"
+printf x >>"$tree/ours/a.bin"
+remake && wrong "weights of our own that were changed are compiled"
+grep -q "a.bin .* is not the one" "$folder/said" || wrong "changed weights are not told"
+truncate -s -1 "$tree/ours/a.bin"
 
 afresh
 succeeds "a first run"
