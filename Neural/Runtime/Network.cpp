@@ -63,6 +63,11 @@ struct Network::Kept {
         arena = std::move(used);
         size = usedFor;
     }
+
+    void drop() {
+        const std::lock_guard lock(mutex);
+        arena.reset();
+    }
 };
 
 Network::Network(std::unique_ptr<const Parts> parts)
@@ -93,6 +98,8 @@ Result<std::shared_ptr<const Network>> Network::load(const std::filesystem::path
 const std::string& Network::inputName() const { return parts_->graph.values.front(); }
 
 int Network::scale() const { return parts_->schedule.shapes[parts_->graph.output].scale; }
+
+void Network::rest() const { kept_->drop(); }
 
 template <class Fill, class Drain>
 void Network::execute(PixelSize size, const Fill& fill, const Drain& drain) const {

@@ -58,6 +58,9 @@ public:
     /// a network that is not from three channels to three, too little memory.
     Result<void> run(const ImageView& input, const MutableImageView& output) const;
 
+    /// Gives the memory of the last run back; the next one takes it anew.
+    void rest() const;
+
     /// The network's values as they are, neither scaled to 8 bits nor clamped. Errors as `run`.
     Result<PlanarImage> evaluate(const PlanarImage& input) const;
 

@@ -1,6 +1,7 @@
 #include "Neural/Runtime/NetworkCache.h"
 
 #include <algorithm>
+#include <iterator>
 #include <new>
 
 #include "Neural/Model/NeuralError.h"
@@ -24,10 +25,12 @@ Result<std::shared_ptr<const Network>> NetworkCache::load(
     }
     if (entry != entries_.end()) {
         entries_.splice(entries_.begin(), entries_, entry);
+        letOthersRest();
         return entry->network;
     }
 
     entry = entries_.insert(entries_.begin(), Entry{*model, nullptr});
+    letOthersRest();
     lock.unlock();
     auto network = Network::load(directory, pool_, weights_);
     lock.lock();
@@ -46,6 +49,12 @@ Result<std::shared_ptr<const Network>> NetworkCache::load(
 NetworkCache::Entries::iterator NetworkCache::find(const ModelIdentity& model) {
     return std::find_if(entries_.begin(), entries_.end(),
                         [&](const Entry& entry) { return entry.model == model; });
+}
+
+void NetworkCache::letOthersRest() {
+    std::for_each(std::next(entries_.begin()), entries_.end(), [](const Entry& entry) {
+        if (entry.network) entry.network->rest();
+    });
 }
 
 void NetworkCache::dropUnused() {

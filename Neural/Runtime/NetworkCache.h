@@ -23,6 +23,7 @@ namespace quillmere::neural {
 /// When a network was loaded and all weights together exceed the bound, those networks go that
 /// nobody uses, the least recently loaded first. A network in use never goes, and neither does the
 /// one that was loaded last: a video whose only network is larger than the bound loads it once.
+/// Whenever a network is asked for, the others give the memory of their last runs back.
 class NetworkCache {
 public:
     static constexpr std::size_t kDefaultBound = std::size_t{1} << 30;
@@ -51,6 +52,8 @@ private:
 
     Entries::iterator find(const ModelIdentity& model);
     void dropUnused();
+    /// All but the first entry's.
+    void letOthersRest();
 
     WorkerPool& pool_;
     const std::size_t bound_;
