@@ -56,20 +56,26 @@ take_turns() {
     fi
 }
 
+# missing_of PACKAGE...: those that are not installed, one a line.
+missing_of() {
+    local package installed
+    installed=$'\n'$(dpkg-query --show --showformat '${db:Status-Status} ${Package}\n' \
+        "$@" 2>/dev/null || true)$'\n'
+    for package; do
+        [[ $installed == *$'\n'"installed $package"$'\n'* ]] || printf '%s\n' "$package"
+    done
+}
+
 # install_packages LIST...: installs what is missing, as root or through sudo.
 install_packages() {
     command -v dpkg-query >/dev/null || return 0  # not Debian: the build names what it lacks
-    local package instead installed attempt wanted=() missing=() apt
+    local package instead attempt wanted=() missing=() apt
     while read -r package _ instead; do
         if [[ -n $package && $package != \#* ]]; then
             [[ -n $instead ]] && command -v "$instead" >/dev/null || wanted+=("$package")
         fi
     done < <(cat "$@")
-    installed=$'\n'$(dpkg-query --show --showformat '${db:Status-Status} ${Package}\n' \
-        "${wanted[@]}" 2>/dev/null || true)$'\n'
-    for package in "${wanted[@]}"; do
-        [[ $installed == *$'\n'"installed $package"$'\n'* ]] || missing+=("$package")
-    done
+    readarray -t missing < <(missing_of "${wanted[@]}")
     [[ ${#missing[@]} -gt 0 ]] || return 0
 
     local for_administrator="Packages are missing that only an administrator can install; ask one to run: apt-get install --no-install-recommends ${missing[*]}"
@@ -85,6 +91,9 @@ install_packages() {
     for attempt in 1 2; do
         if logged "${apt[@]}" update &&
             logged "${apt[@]}" install --no-install-recommends "${missing[@]}"; then
+            readarray -t missing < <(missing_of "${missing[@]}")
+            [[ ${#missing[@]} -eq 0 ]] ||
+                echo "Under other names here, and asked for again at every start: ${missing[*]}" >&2
             return 0
         fi
         if grep -qE '^(sudo:|Sorry, user)' "$log"; then
