@@ -9,7 +9,7 @@ FACTOR = 4
 # What programs reduce by. Pillow widens both by the factor, so that nothing aliases. No blurrier
 # ones: a network that undoes blur sharpens what was soft from the beginning.
 KERNELS = (Image.BICUBIC, Image.LANCZOS, Image.LANCZOS)
-CLEAN_SHARE = 0.75
+CLEAN_SHARE = 0.6
 
 
 def clean(window, random):

@@ -6,17 +6,18 @@ from torch import nn
 
 FACTOR = 4
 CHANNELS = 32
+HIDDEN = 4  # convolutions before the last
 
 
 class FastNetwork(nn.Module):
-    """Three convolutions, and a fourth over their features and the picture itself, whose outputs
+    """Four convolutions, and a fifth over their features and the picture itself, whose outputs
     are the 16 pixels of each channel. Where the picture enters again, it begins as an enlargement
     by nearest pixels, so that all else is a correction."""
 
     def __init__(self):
         super().__init__()
         self.hidden = nn.ModuleList(
-            nn.Conv2d(inputs, CHANNELS, 3, padding=1) for inputs in (3, CHANNELS, CHANNELS))
+            nn.Conv2d(inputs, CHANNELS, 3, padding=1) for inputs in (3, *[CHANNELS] * (HIDDEN - 1)))
         self.slopes = nn.ModuleList(nn.PReLU(CHANNELS, init=0.2) for _ in self.hidden)
         phases = FACTOR * FACTOR
         self.last = nn.Conv2d(CHANNELS + 3, 3 * phases, 3, padding=1)
