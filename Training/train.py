@@ -49,8 +49,8 @@ def batch(photographs, drawings, random):
 
 
 def loss_of(result, truth):
-    """The peak signal-to-noise ratio of each window by itself, so that a smooth photograph counts
-    as much as a drawing full of edges."""
+    """Falls as the peak signal-to-noise ratio of each window by itself rises, so that a smooth
+    photograph counts as much as a drawing full of edges."""
     inner = slice(EDGE * FACTOR, -EDGE * FACTOR)
     difference = torch.einsum("ij,bjyx->biyx", TO_YCC, (result - truth)[:, :, inner, inner])
     errors = (difference ** 2 * YCC_WEIGHTS).mean((1, 2, 3))

@@ -1,10 +1,6 @@
 // Two processes save pairs of pictures without end, and are killed again and again.
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <array>
 #include <cstdio>
 #include <map>
 #include <optional>
@@ -18,6 +14,7 @@
 #include "Desktop/Photos/DesktopPhotoLibrary.h"
 #include "Tests/Awaited.h"
 #include "Tests/Fakes/FakeConsole.h"
+#include "Tests/KilledProcess.h"
 #include "Tests/TemporaryFolder.h"
 
 namespace quillmere {
@@ -71,50 +68,13 @@ bool savePair(DesktopPhotoLibrary& library, std::int64_t number) {
     return done.get();
 }
 
-/// A process of its own that saves pairs dated with rising numbers, and tells each number once its
-/// pair counts as saved.
-class Saver {
-public:
-    Saver(const fs::path& folder, std::int64_t first) {
-        std::array<int, 2> ends{};
-        if (pipe(ends.data()) != 0) ADD_FAILURE() << "no pipe";
-        process_ = fork();
-        if (process_ == 0) {
-            close(ends[0]);
-            Start start(folder);
-            for (std::int64_t number = first;; ++number) {
-                if (!savePair(start.library, number)) _exit(1);
-                if (write(ends[1], &number, sizeof number) != sizeof number) _exit(1);
-            }
-        }
-        close(ends[1]);
-        told_ = ends[0];
-    }
-    ~Saver() {
-        if (process_ > 0) kill();
-        close(told_);
-    }
-    Saver(const Saver&) = delete;
-    Saver& operator=(const Saver&) = delete;
-
-    /// Waits for it. Nothing after the end of the process.
-    std::optional<std::int64_t> next() const {
-        std::int64_t number = 0;
-        if (read(told_, &number, sizeof number) != sizeof number) return std::nullopt;
-        return number;
-    }
-    /// Answers whether the process was still at work.
-    bool kill() {
-        ::kill(process_, SIGKILL);
-        int status = 0;
-        waitpid(std::exchange(process_, -1), &status, 0);
-        return WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL;
-    }
-
-private:
-    pid_t process_ = -1;
-    int told_ = -1;
-};
+/// Saves pairs dated with rising numbers, and tells each number once its pair counts as saved.
+KilledProcess saver(const fs::path& folder, std::int64_t first) {
+    return KilledProcess([&](const KilledProcess::Tell& tell) {
+        Start start(folder);
+        for (std::int64_t number = first; savePair(start.library, number); ++number) tell(number);
+    });
+}
 
 /// What the next start finds: whole pairs, each file with one entry, and nothing else.
 void expectWholePairs(const fs::path& folder, const std::set<std::int64_t>& saved) {
@@ -153,16 +113,16 @@ TEST(KilledSaver, LeavesWholeChangesOnlyAndNothingHidden) {
     std::set<std::int64_t> saved;
     for (int killed = 0; killed < kills && !testing::Test::HasFailure(); killed += 2) {
         const std::int64_t first = 1'000'000 + 1000 * killed;
-        Saver savers[] = {{folder.path(), first}, {folder.path(), first + 1000}};
+        KilledProcess savers[] = {saver(folder.path(), first), saver(folder.path(), first + 1000)};
         // None: they are killed while they start.
         for (int left = numbers(random); left > 0; --left) {
             const auto number = savers[0].next();
             ASSERT_TRUE(number) << "the process gave up";
             saved.insert(*number);
         }
-        for (Saver& saver : savers) {
-            ASSERT_TRUE(saver.kill());
-            while (const auto number = saver.next()) saved.insert(*number);
+        for (KilledProcess& each : savers) {
+            ASSERT_TRUE(each.kill());
+            while (const auto number = each.next()) saved.insert(*number);
         }
         expectWholePairs(folder.path(), saved);
     }
