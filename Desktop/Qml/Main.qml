@@ -16,6 +16,7 @@ Window {
     visible: true
     title: App.text("AppName")
     color: Theme.background
+    onClosing: (close) => close.accepted = App.mayClose()
 
     LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
     LayoutMirroring.childrenInherit: true
@@ -44,7 +45,10 @@ Window {
         active: App.preview !== null
         enabled: !App.shareSheet.isShown
         sourceComponent: Component { VideoPreview { } }
-        onLoaded: item.forceActiveFocus()
+        onActiveChanged: {
+            if (active) item.forceActiveFocus()
+            else if (detail.item) detail.item.forceActiveFocus()
+        }
     }
     LibraryPicker {
         id: picker
@@ -91,7 +95,13 @@ Window {
         }
     }
     Shortcut { sequences: [StandardKey.Paste]; enabled: home.enabled && !ad.shown; onActivated: App.home.paste() }
-    Shortcut { sequences: [StandardKey.Quit]; onActivated: Qt.quit() }
+    // The application ends with its window, which asks where that would end work. Not every desktop
+    // has a standard key for it.
+    Shortcut { sequence: "Ctrl+Q"; onActivated: window.close() }
+    Connections {
+        target: App
+        function onCloseAgreed() { window.close() }
+    }
     FilePicker { }
 
     Component.onCompleted: App.home.appear()
