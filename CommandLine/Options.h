@@ -7,6 +7,7 @@
 #include <variant>
 #include <vector>
 
+#include "Base/Error.h"
 #include "CommandLine/PictureFormat.h"
 #include "CommandLine/Setting.h"
 #include "Quillmere/Models/Enhance/EnhanceStyle.h"
@@ -59,16 +60,15 @@ struct VideoOptions {
     bool quiet = false;
 };
 
-/// A text to print, and the exit code that goes with it: help, version, or a usage error.
+/// What was asked for and needs no work: the help, or the version.
 struct Message {
     std::string text;
-    int exitCode = 0;
 };
 
 using Command = std::variant<EnhanceOptions, VideoOptions, StylesOptions, DiagnosticsOptions,
-                             SettingsOptions, LibraryOptions, Message>;
+                             SettingsOptions, LibraryOptions, Message, Error>;
 
-/// Never throws; whatever is wrong with the arguments is a `Message` with exit code 2.
+/// Never throws; whatever is wrong with the arguments is an `Error`.
 Command parseArguments(int argc, const char* const* argv);
 
 }  // namespace quillmere::cli

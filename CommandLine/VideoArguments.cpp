@@ -49,12 +49,12 @@ Command VideoArguments::command() {
         return options_;
     }
     if (!options_.output->has_filename()) {
-        return usageMessage("There is no folder " + options_.output->string() +
-                            "; make it first, or name a file.");
+        return usageError("There is no folder %@; make it first, or name a file.",
+                          {options_.output->string()});
     }
     if (strcasecmp(options_.output->extension().c_str(), ".mov") != 0) {
-        return usageMessage("Videos become QuickTime movies; end the name " +
-                            options_.output->filename().string() + " in .mov.");
+        return usageError("Videos become QuickTime movies; end the name %@ in .mov.",
+                          {options_.output->filename().string()});
     }
     return options_;
 }

@@ -30,11 +30,11 @@ Result<Composition*> Composition::make(const std::optional<ProjectSettings>& edi
     auto platform = DesktopPlatform::make(userLanguage(), edition);
     if (!platform) return platform.error();
     if (!(*platform)->photoLibrary()) {
-        return Error{"quillmere.application", 1,
+        return Error{errorDomain, 1,
                      "Quillmere needs a home folder to keep pictures in, and this user has none."};
     }
     if (!(*platform)->avFoundation() || !(*platform)->audioToolbox()) {
-        return Error{"quillmere.application", 1,
+        return Error{errorDomain, 1,
                      "The part of Quillmere that reads videos is missing. Install it again."};
     }
     return new Composition(*std::move(platform));

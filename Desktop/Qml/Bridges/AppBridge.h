@@ -4,6 +4,7 @@
 #include <QVariantList>
 #include <memory>
 
+#include "Base/FormatString.h"
 #include "Desktop/Qml/Bridges/AdBridge.h"
 #include "Desktop/Qml/Bridges/DetailBridge.h"
 #include "Desktop/Qml/Bridges/HomeBridge.h"
@@ -12,7 +13,6 @@
 #include "Desktop/Qml/Bridges/ShareBridge.h"
 #include "Desktop/Qml/Platform/QtAlert.h"
 #include "Desktop/Qml/Platform/ShareSheet.h"
-#include "Quillmere/Models/Services/FormatString.h"
 
 namespace quillmere {
 

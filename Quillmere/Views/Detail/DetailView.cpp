@@ -4,8 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "Base/FormatString.h"
 #include "Quillmere/Models/Services/AnalyticsEvents.h"
-#include "Quillmere/Models/Services/FormatString.h"
 #include "Quillmere/Models/Services/ResolutionLimit.h"
 #include "Quillmere/Views/Detail/ImageFormatSelectionView.h"
 
