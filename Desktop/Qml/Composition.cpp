@@ -8,6 +8,7 @@
 #include <QScreen>
 #include <utility>
 
+#include "Desktop/Qml/Platform/QtCharacters.h"
 #include "Quillmere/Ads/AdmobBannerView.h"
 #include "Quillmere/Models/Video/SuperResolutionFactor.h"
 
@@ -56,14 +57,18 @@ Composition::Composition(std::unique_ptr<DesktopPlatform> platform)
         TileEngine::Ports{p.userDefaults(), p.graphics(), p.coreImage(), p.vision(), *catalogue_,
                           p.dispatch(), p.analytics(), p.localization(), p.console()});
     videoFiles_ = std::make_unique<VideoFileManager>(
-        VideoFileManager::Ports{p.fileManager(), p.dateFormatter(), p.console()});
+        VideoFileManager::Ports{p.fileManager(), p.dateFormatter(), p.console(), firstCharacters});
     home_ = std::make_unique<HomeView>(HomeView::Ports{
         p.dispatch(), p.userDefaults(), p.analytics(), p.localization(), p.bundles(),
         p.fileManager(), p.imageIO(), *p.avFoundation(), application_, shareSheet_,
         app_->notificationCenter(), *videoFiles_, p.console(), p.projectSettings()});
+    waysIn_ = std::make_unique<WaysIn>(WaysIn::Ports{
+        *home_, p.dispatch(), p.fileManager(), *videoFiles_, p.imageIO(), p.localization(),
+        [&library = *p.photoLibrary()](const std::filesystem::path& file) {
+            return library.pickerResultForAsset(DesktopPhotoLibrary::identifierForFile(file));
+        }});
     bridge_ = std::make_unique<AppBridge>(
-        HomeBridge::Ports{*home_, *p.photoLibrary(), p.dispatch(), p.fileManager(), *videoFiles_,
-                          p.imageIO(), p.graphics(), p.localization()},
+        HomeBridge::Ports{*home_, *waysIn_, *p.photoLibrary(), p.imageIO(), p.graphics()},
         screens(), p.userDefaults(), p.localization(), p.bundles(), shareSheet_, alert_);
 }
 
@@ -103,7 +108,8 @@ DetailPorts Composition::detailPorts() {
             },
             DetailPorts::Video{*p.audioToolbox(), p.videoToolbox(), p.coreImage(), p.fileManager(),
                                p.crashLog(), p.console(), app_->notificationCenter(),
-                               [this]() -> CIContext& { return engine_->sharedCIContext(); }}};
+                               [this]() -> CIContext& { return engine_->sharedCIContext(); },
+                               *videoFiles_}};
 }
 
 AppBridge::Screens Composition::screens() {

@@ -54,6 +54,7 @@ private:
     std::unique_ptr<TileEngine> engine_;
     std::unique_ptr<VideoFileManager> videoFiles_;
     std::unique_ptr<HomeView> home_;
+    std::unique_ptr<WaysIn> waysIn_;
     std::unique_ptr<AppBridge> bridge_;
 };
 

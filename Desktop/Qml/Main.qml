@@ -26,6 +26,7 @@ Window {
         // Nor the keyboard nor a screen reader gets beneath what lies over it.
         enabled: !detail.active && !picker.shown && !cropper.active && !settings.shown
             && !App.shareSheet.isShown && !App.home.alert.isShown && !App.alert.isShown
+            && !App.home.isLoading
         focus: enabled
     }
     Loader {
@@ -49,6 +50,11 @@ Window {
     LibraryPicker {
         id: picker
         shown: App.home.showsPicturePicker || App.home.showsVideoPicker
+    }
+    LoadingSheet {
+        active: App.home.isLoading
+        onDismissed: App.home.cancelLoading()
+        z: 10
     }
     Loader {
         id: cropper
@@ -90,7 +96,12 @@ Window {
             border.width: 3
         }
     }
-    Shortcut { sequences: [StandardKey.Paste]; enabled: home.enabled && !ad.shown; onActivated: App.home.paste() }
+    Shortcut {
+        sequences: [StandardKey.Paste]
+        // What is pasted takes the place of what is still on its way.
+        enabled: (home.enabled || App.home.isLoading) && !ad.shown
+        onActivated: App.home.paste()
+    }
     Shortcut { sequences: [StandardKey.Quit]; onActivated: Qt.quit() }
     FilePicker { }
 

@@ -3,6 +3,7 @@
 #include <QAccessible>
 #include <QElapsedTimer>
 #include <cstdlib>
+#include <fstream>
 
 #include "Tests/TemporaryFolder.h"
 
@@ -38,6 +39,16 @@ QQuickItem* findIn(QQuickItem* item, const QString& text, bool onlyButtons) {
     const bool isOfKind = !onlyButtons || item->inherits("QQuickAbstractButton");
     const bool isCalled = isOfKind && item->property("text").toString() == text;
     return isCalled && isSeen(item) && item->width() > 0 ? item : nullptr;
+}
+
+/// Without a display there is a screen of 800 by 800 points, unless another height is asked for.
+std::string screen(const std::filesystem::path& file) {
+    const char* height = std::getenv("QUILLMERE_TEST_SCREEN_HEIGHT");
+    if (!height) return "offscreen";
+    std::ofstream(file) << R"({"screens": [{"name": "high", "x": 0, "y": 0, "width": 1920, )"
+                        << R"("logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1, "height": )"
+                        << height << "}]}";
+    return "offscreen:configfile=" + file.string();
 }
 
 }  // namespace
@@ -139,7 +150,7 @@ int main(int argc, char** argv) {
     setenv("QUILLMERE_LANGUAGE", "en", 0);
     setenv("HOME", folder.path().c_str(), 1);
     setenv("XDG_RUNTIME_DIR", (folder / "run").c_str(), 1);
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    setenv("QT_QPA_PLATFORM", quillmere::screen(folder / "screen.json").c_str(), 1);
     setenv("QT_QUICK_BACKEND", "software", 1);
     QGuiApplication application(argc, argv);
     const int code = RUN_ALL_TESTS();

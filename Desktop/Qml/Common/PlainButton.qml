@@ -7,6 +7,8 @@ Pressable {
     property string symbol
     property bool prominent: false
     property bool round: false
+    // The text may become as small as this before it is cut off.
+    property int leastTextSize: 11
     property color textColor: prominent ? Theme.accentText : Theme.text
 
     implicitHeight: Theme.controlHeight
@@ -38,7 +40,7 @@ Pressable {
                 color: button.textColor
                 elide: Text.ElideRight
                 fontSizeMode: Text.HorizontalFit
-                minimumPixelSize: 11
+                minimumPixelSize: button.leastTextSize
                 width: Math.min(Math.ceil(natural.advanceWidth) + 1,
                                 button.width - 2 * Theme.s - button.signWidth)
                 anchors.verticalCenter: parent.verticalCenter

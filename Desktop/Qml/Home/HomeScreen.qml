@@ -84,7 +84,7 @@ FocusScope {
                     Accessible.name: text
                 }
                 Card {
-                    visible: App.home.showsMoreApps(screen.height)
+                    visible: App.home.showsMoreApps
                     heading: App.text("MoreApps")
                     ListRow {
                         Layout.fillWidth: true

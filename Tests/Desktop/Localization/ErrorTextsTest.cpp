@@ -91,7 +91,7 @@ TEST(ErrorTexts, EachSentenceThatIsAKeyIsSaidSomewhere) {
         said.insert(text);
     }
     for (const auto& [key, text] : english()) {
-        if (key.find(' ') != std::string::npos) EXPECT_TRUE(said.contains(key)) << key;
+        EXPECT_TRUE(said.contains(key) || key.find(' ') == std::string::npos) << key;
     }
 }
 
