@@ -63,6 +63,7 @@ void WaysIn::end(std::uint64_t number) {
 void WaysIn::cancel() {
     ++latest_;
     isLoading.set(false);
+    ports_.home.pickerResults.set(std::nullopt);  // or a sample would open with these picks
 }
 
 void WaysIn::picked(const std::vector<PHPickerResult>& results) {

@@ -391,7 +391,12 @@ TEST_F(HomeTest, WhatComesTakesThePlaceOfWhatIsStillOnItsWay) {
                                     return FakeImageIO::picture({2, 2});
                                 }); }, 2},
         {"a video", [&] { ways.open({"/home/b.mp4"}); }, 16},
-        {"a cancel", [&] { ways.cancel(); }, 0},
+        {"a cancel of picks",
+         [&] {
+             ways.picked({good(5), good(6)});
+             ways.cancel();
+         },
+         0},
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.name);
@@ -408,6 +413,7 @@ TEST_F(HomeTest, WhatComesTakesThePlaceOfWhatIsStillOnItsWay) {
         EXPECT_EQ(widthOf(home.inputImage.get()), c.width);
         EXPECT_FALSE(ways.isLoading.get());
     }
+    EXPECT_FALSE(home.pickerResults.get());
 }
 
 TEST_F(HomeTest, WhatIsNoPictureIsToldAndOpensNothing) {
