@@ -106,12 +106,13 @@ int main(int argc, char** argv) {
 
     DesktopShell shell;
     tellTheDesktop(composition, window, shell);
-    SessionEvents session(
-        [&composition] { composition.app().scenePhaseChanged(ScenePhase::background); });
     const auto tellPhase = [&] {
         composition.app().scenePhaseChanged(window.isActive() ? ScenePhase::active
                                                               : ScenePhase::inactive);
     };
+    // A window that slept as the active one is not told by Qt that it still is.
+    SessionEvents session(
+        [&composition] { composition.app().scenePhaseChanged(ScenePhase::background); }, tellPhase);
     QObject::connect(&window, &QWindow::activeChanged, &window, tellPhase);
     SingleInstance instance([&](const QList<QUrl>& more) {
         window.show();

@@ -86,6 +86,7 @@ void AppBridge::updatePreview() {
         preview_ =
             std::make_unique<PreviewBridge>(screens_.preview(*detail_->view().vm().outputVideoUrl));
     }
+    if (detail_) shows ? detail_->disappear() : detail_->appear();
     emit previewChanged();
 }
 

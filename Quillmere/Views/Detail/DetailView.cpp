@@ -38,6 +38,7 @@ DetailView::DetailView(const DetailPorts& ports, const VideoToolbox& videoToolbo
 
 void DetailView::appear() {
     if (!vm_->originalImage) vm_->prepare(input_.image, input_.videoUrl, input_.pickerResults);
+    currentImageFormat.set(UserDefaultsHelper::imageFormat(ports_.userDefaults));
     showBannerAds.set(true);
 }
 

@@ -41,7 +41,7 @@ public:
     /// Of the progress display, which is seen while there is one. Written where `videoProgress` is.
     Published<std::optional<float>> progressDisplay;
 
-    /// Every time; only the first one takes the input.
+    /// Every time, also on the way back from the preview; only the first one takes the input.
     void appear();
     void disappear() { progressDisplay.set(std::nullopt); }
 

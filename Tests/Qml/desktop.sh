@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# Runs accessibility.py over the real application, on a display and a bus of its own and in an
-# empty home: `accessibility.sh QUILLMERE`.
+# Runs a script of Python over the real application, on a display and a bus of its own and in an
+# empty home: `desktop.sh SCRIPT QUILLMERE`.
 set -euo pipefail
 export HOME
 HOME=$(mktemp -d)
@@ -11,5 +11,5 @@ unset XDG_DATA_HOME XDG_CACHE_HOME XDG_CONFIG_HOME XDG_STATE_HOME WAYLAND_DISPLA
 mkdir -m 700 "$XDG_RUNTIME_DIR"
 # Debian's own Python, which its bindings belong to.
 xvfb-run --auto-servernum --server-args="-screen 0 1120x780x24 -nolisten tcp" \
-    dbus-run-session -- /usr/bin/python3 "$(dirname "$0")/accessibility.py" "$1" 2>"$HOME/log" ||
+    dbus-run-session -- /usr/bin/python3 "$1" "$2" 2>"$HOME/log" ||
     { cat "$HOME/log" >&2; exit 1; }
