@@ -171,12 +171,14 @@ TEST_F(HomeWindowTest, TheMakersApplicationsAreSeenOnAHighScreenByWhoHasSaved) {
         ASSERT_TRUE(app.click(text("SamplePhoto")));
         ASSERT_TRUE(sees(text("original")));
         ASSERT_TRUE(goesBack());
+        QTest::qWait(0);  // a turn for what follows from it
         EXPECT_EQ(app.find(text("MoreApps")), nullptr) << height;
         ASSERT_TRUE(app.click(text("SamplePhoto")));
         ASSERT_TRUE(sees(text("original")));
         settings.setInteger(4, reviewCountKey);
         ASSERT_TRUE(goesBack());
-        EXPECT_EQ(app.find(text("MoreApps")) != nullptr, high) << height;
+        EXPECT_TRUE(app.waitUntil([&] { return (app.find(text("MoreApps")) != nullptr) == high; }))
+            << height;
     }
 }
 

@@ -124,10 +124,9 @@ void WaysIn::open(const std::vector<std::filesystem::path>& files) {
         .async([this, number = begin(), files] {
             std::vector<PHPickerResult> results;
             for (const auto& file : files) {
-                if (auto result = ports_.pickerResultForFile(file))
-                    results.push_back(*result);
-                else
-                    break;
+                const auto result = ports_.pickerResultForFile(file);
+                if (!result) break;
+                results.push_back(*result);
             }
             ports_.dispatch.mainQueue().async([this, number, files, results] {
                 if (!isLatest(number)) return;
