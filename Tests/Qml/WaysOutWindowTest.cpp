@@ -183,6 +183,31 @@ TEST_F(WaysOutWindowTest, ASaveIsCountedBeforeItsScreenAndATapIsToldBeforeItsShe
                   "share_sheet_open option=message variant=enhanced"});
 }
 
+TEST_F(WaysOutWindowTest, FourEscapesCloseTheShareScreenOnceAndGiveTheKeyboardBack) {
+    const auto shows = [&](const char* key) {
+        return app.waitUntil([&] { return app.find(text(key)) != nullptr; });
+    };
+    app.saveSample();
+    // All of them before the window has drawn anything.
+    for (int i = 0; i < 4; ++i) {
+        QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+        QCoreApplication::sendEvent(&app.window(), &escape);
+    }
+    ASSERT_TRUE(app.waitUntil([&] { return app.find(text("ShareImage")) == nullptr; }));
+    const QQuickItem* focused = app.window().activeFocusItem();
+    EXPECT_EQ(focused ? focused->property("text").toString() : "", text("Save"));
+    countSaves(0);
+    app.press(Qt::Key_Return);
+    ASSERT_TRUE(shows("ShareImage"));
+    // One after the other: the second one leads home.
+    for (int i = 0; i < 4; ++i) app.press(Qt::Key_Escape);
+    ASSERT_TRUE(shows("TrySample"));
+    expectEvents({"ShowDetail", "TryConvert Style=8", "ConvertSuccess Style=8", "TrySave Style=8",
+                  "Save Style=8", "share_view_displayed variant=enhanced",
+                  "abtest_impression variant=enhanced", "TrySave Style=8", "Save Style=8",
+                  "share_view_displayed variant=enhanced", "abtest_impression variant=enhanced"});
+}
+
 TEST_F(WaysOutWindowTest, TheKeyboardAloneLeadsToEachRowOfTheSettingsAndOut) {
     pressByKey(text("Settings"));
     ASSERT_TRUE(app.waitUntil([&] { return app.bridge().settings() != nullptr; }));

@@ -83,7 +83,10 @@ public:
     Q_INVOKABLE void closeFormat() { view_->showingImageFormatSelection.set(false); }
     Q_INVOKABLE void mainButtonTapped();
     Q_INVOKABLE void resolutionLimitTapped() { view_->resolutionLimitTapped(); }
-    Q_INVOKABLE void shareBackgroundTapped() { view_->shareBackgroundTapped(); }
+    /// Once it is closed, what was pressed before that was seen doesn't open it again.
+    Q_INVOKABLE void closeShare() {
+        if (view_->showsShareView()) view_->shareBackgroundTapped();
+    }
     Q_INVOKABLE void closePreview() { view_->vm().isShowingVideoPreview.set(false); }
 
 signals:
