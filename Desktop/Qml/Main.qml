@@ -35,6 +35,8 @@ Window {
         active: App.detail !== null
         sourceComponent: Component { DetailScreen { } }
         enabled: !settings.shown && App.preview === null && !App.shareSheet.isShown
+            && !App.alert.isShown
+        focus: active && enabled
         onActiveChanged: {
             if (active) item.forceActiveFocus()
             else App.home.appear()
@@ -43,7 +45,8 @@ Window {
     Loader {
         anchors.fill: parent
         active: App.preview !== null
-        enabled: !App.shareSheet.isShown
+        enabled: !App.shareSheet.isShown && !App.alert.isShown
+        focus: active && enabled
         sourceComponent: Component { VideoPreview { } }
         onLoaded: item.forceActiveFocus()
     }
@@ -70,10 +73,11 @@ Window {
         anchors.fill: parent
         active: shown
         enabled: !App.shareSheet.isShown && !App.alert.isShown
+        focus: active && enabled
         sourceComponent: Component { SettingsSheet { } }
         z: 11
     }
-    ShareMenu { z: 12 }
+    ShareMenu { focus: shown && !App.alert.isShown; z: 12 }
     AlertBox { alert: App.home.alert; z: 13 }
     AlertBox { alert: App.alert; z: 13 }
 

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <fstream>
 
+#include "Tests/EventLines.h"
 #include "Tests/TemporaryFolder.h"
 
 namespace quillmere {
@@ -30,15 +31,13 @@ bool isSeen(const QQuickItem* item) {
     return true;
 }
 
-QQuickItem* findIn(QQuickItem* item, const QString& text, bool onlyButtons) {
+QQuickItem* findIn(QQuickItem* item, const std::function<bool(const QQuickItem&)>& isIt) {
     // What lies on top comes first.
     const auto children = item->childItems();
     for (auto child = children.rbegin(); child != children.rend(); ++child) {
-        if (QQuickItem* found = findIn(*child, text, onlyButtons)) return found;
+        if (QQuickItem* found = findIn(*child, isIt)) return found;
     }
-    const bool isOfKind = !onlyButtons || item->inherits("QQuickAbstractButton");
-    const bool isCalled = isOfKind && item->property("text").toString() == text;
-    return isCalled && isSeen(item) && item->width() > 0 ? item : nullptr;
+    return isIt(*item) && isSeen(item) && item->width() > 0 ? item : nullptr;
 }
 
 /// Without a display there is a screen of 800 by 800 points, unless another height is asked for.
@@ -84,8 +83,17 @@ bool AppUnderTest::waitUntil(const std::function<bool()>& predicate) {
 }
 
 QQuickItem* AppUnderTest::find(const QString& text) {
-    QQuickItem* button = findIn(window_->contentItem(), text, true);
-    return button ? button : findIn(window_->contentItem(), text, false);
+    const auto isCalled = [&](const QQuickItem& item) {
+        return item.property("text").toString() == text;
+    };
+    QQuickItem* button = findItem([&](const QQuickItem& item) {
+        return item.inherits("QQuickAbstractButton") && isCalled(item);
+    });
+    return button ? button : findItem(isCalled);
+}
+
+QQuickItem* AppUnderTest::findItem(const std::function<bool(const QQuickItem&)>& isIt) {
+    return findIn(window_->contentItem(), isIt);
 }
 
 QPointF AppUnderTest::middleOf(const QQuickItem& item) {
@@ -133,6 +141,30 @@ void AppUnderTest::takePicture(const std::string& name) {
 }
 
 void AppUnderTest::press(Qt::Key key) { QTest::keyClick(window_, key); }
+
+std::vector<std::string> AppUnderTest::events() {
+    std::vector<std::string> lines;
+    const auto record = testHome() / ".local/state/quillmere" / EventFile::name;
+    for (const nlohmann::json& event : eventsIn(record)) {
+        std::string line = event.at("event");
+        for (const auto& [key, value] : event.at("parameters").items()) {
+            line += " " + key + "=" + value.get<std::string>();
+        }
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+void AppUnderTest::saveSample() {
+    ASSERT_TRUE(click(bridge().text("SamplePhoto")));
+    ASSERT_TRUE(click(bridge().text("superSpeed")));
+    ASSERT_TRUE(waitUntil([&] {
+        const DetailBridge* detail = bridge().detail();
+        return detail && !detail->isConverting() && detail->resultSize() == "1804 x 1200";
+    }));
+    ASSERT_TRUE(click(bridge().text("Save")));
+    ASSERT_TRUE(waitUntil([&] { return find(bridge().text("CompletedToSave")) != nullptr; }));
+}
 
 }  // namespace quillmere
 

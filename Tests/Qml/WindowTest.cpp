@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "Quillmere/Models/Services/MoreApp.h"
+#include "Quillmere/Models/Services/PreferenceKeys.h"
 #include "Tests/Desktop/ImageIO/ExifTool.h"
 #include "Tests/Qml/AppUnderTest.h"
 
@@ -219,8 +220,9 @@ TEST_F(WindowTest, AVideoIsConvertedAndSavedAndSuspendCancelsAnother) {
         stored.string());
     outputOf("ffmpeg -v error -i " + stored.string() + " -c copy -metadata:s:v rotate=90 " +
              file.string());
-    app.bridge().home()->open({QUrl::fromLocalFile(qt(file.string()))});
-    ASSERT_TRUE(app.waitUntil([&] { return app.bridge().detail() != nullptr; }));
+    // In the place of a picture, with whose end the home screen clears what was before.
+    openSample();
+    app.bridge().openFiles({QUrl::fromLocalFile(qt(file.string()))});
     ASSERT_TRUE(app.click("Convert"));
     ASSERT_TRUE(app.waitUntil([&] { return app.bridge().preview() != nullptr; }));
     const auto shows = [&](QColor colour, int fromTheMiddle) {

@@ -6,15 +6,6 @@
 #include "Quillmere/Views/Detail/ImageConversionProgressView.h"
 
 namespace quillmere {
-namespace {
-
-/// QML lets go of a bridge a little later than the logic does.
-template <class T>
-void letGo(std::unique_ptr<T>& bridge) {
-    if (bridge) bridge.release()->deleteLater();
-}
-
-}  // namespace
 
 AppBridge::AppBridge(const HomeBridge::Ports& home, Screens screens, UserDefaults& userDefaults,
                      const Localization& localization, const Bundles& bundles,
@@ -75,7 +66,9 @@ void AppBridge::openFiles(const QList<QUrl>& files) {
     // A conversion that is under way is not thrown away for what came in between.
     if (detail_ && (detail_->isConverting() || detail_->isLoading())) return;
     back();
-    home_.open(files);
+    // The home screen has to be there: its appearance clears the work files of what was before.
+    QMetaObject::invokeMethod(
+        this, [this, files] { home_.open(files); }, Qt::QueuedConnection);
 }
 
 void AppBridge::updatePreview() {

@@ -31,8 +31,7 @@ HomeBridge::HomeBridge(const Ports& ports, QObject* parent)
 void HomeBridge::updateCropper() {
     const bool shows = ports_.home.showImageCropper.get();
     if (shows == (cropper_ != nullptr)) return;
-    // The old one may be what has just called.
-    if (cropper_) cropper_.release()->deleteLater();
+    letGo(cropper_);
     if (shows) {
         cropper_ = std::make_unique<CropBridge>(
             ImageCropper(ports_.home.tmpInputImage, ports_.home.showImageCropper,
@@ -43,6 +42,7 @@ void HomeBridge::updateCropper() {
 }
 
 void HomeBridge::picked() {
+    if (!showsVideoPicker() && !showsPicturePicker()) return;  // picked already
     std::vector<PHPickerResult> results;
     for (const std::string& identifier : library_.selected()) {
         if (auto result = ports_.photoLibrary.pickerResultForAsset(identifier)) {

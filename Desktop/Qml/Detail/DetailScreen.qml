@@ -15,9 +15,11 @@ FocusScope {
 
     Backdrop { color: Theme.background }
 
-    Item {
+    FocusScope {
         id: column
         anchors.fill: parent
+        // Whoever comes back from what lay over it finds the keyboard where it was.
+        focus: enabled
         enabled: screen.detail !== null && !screen.covered && !screen.detail.showsShareView
             && screen.detail.format === null && !screen.detail.alert.isShown
 

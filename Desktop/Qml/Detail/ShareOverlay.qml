@@ -5,15 +5,16 @@ import QtQuick.Layouts
 import Quillmere
 import "../Common"
 
-Item {
+FocusScope {
     id: overlay
 
     property bool shown: false
     readonly property var share: App.share
 
     visible: dim.opacity > 0
-    onShownChanged: if (shown) forceActiveFocus()
-    Keys.onEscapePressed: App.detail.shareBackgroundTapped()
+    enabled: shown
+    focus: shown
+    Keys.onEscapePressed: App.detail.closeShare()
     Accessible.role: Accessible.Dialog
     Accessible.name: App.text("CompletedToSave")
 
@@ -23,11 +24,12 @@ Item {
         color: "#000000"
         opacity: overlay.shown ? 0.7 : 0
         Behavior on opacity { NumberAnimation { duration: Theme.calm; easing.type: Easing.InQuad } }
-        Blocker { enabled: overlay.shown; onClicked: App.detail.shareBackgroundTapped() }
+        Blocker { onClicked: App.detail.closeShare() }
     }
     Loader {
         id: content
         active: overlay.share !== null
+        focus: true
         anchors.centerIn: parent
         width: Math.min(parent.width - 32, 480)
         height: Math.min(parent.height - 120, 720)
