@@ -30,6 +30,7 @@ public:
           kind_(kind),
           typeIdentifier_(std::move(typeIdentifier)) {}
 
+    std::optional<std::string> suggestedName() const override { return file_.filename().string(); }
     std::vector<std::string> registeredTypeIdentifiers() const override {
         return {typeIdentifier_};
     }

@@ -16,6 +16,7 @@ Window {
     visible: true
     title: App.text("AppName")
     color: Theme.background
+    onClosing: (close) => close.accepted = App.mayClose()
 
     LayoutMirroring.enabled: Qt.application.layoutDirection === Qt.RightToLeft
     LayoutMirroring.childrenInherit: true
@@ -48,7 +49,10 @@ Window {
         enabled: !App.shareSheet.isShown && !App.alert.isShown
         focus: active && enabled
         sourceComponent: Component { VideoPreview { } }
-        onLoaded: item.forceActiveFocus()
+        onActiveChanged: {
+            if (active) item.forceActiveFocus()
+            else if (detail.item) detail.item.forceActiveFocus()
+        }
     }
     LibraryPicker {
         id: picker
@@ -106,7 +110,13 @@ Window {
         enabled: (home.enabled || App.home.isLoading) && !ad.shown
         onActivated: App.home.paste()
     }
-    Shortcut { sequences: [StandardKey.Quit]; onActivated: Qt.quit() }
+    // The application ends with its window, which asks where that would end work. Not every desktop
+    // has a standard key for it.
+    Shortcut { sequence: "Ctrl+Q"; onActivated: window.close() }
+    Connections {
+        target: App
+        function onCloseAgreed() { window.close() }
+    }
     FilePicker { }
 
     Component.onCompleted: App.home.appear()

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,6 +26,9 @@ public:
     using FileHandler = std::function<void(const Result<std::filesystem::path>& url)>;
 
     virtual ~NSItemProvider() = default;
+
+    /// What its file is called; nothing for what is no file.
+    virtual std::optional<std::string> suggestedName() const = 0;
 
     /// The formats in which the item can be had as it is, the best one first.
     virtual std::vector<std::string> registeredTypeIdentifiers() const = 0;

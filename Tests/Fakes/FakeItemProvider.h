@@ -17,10 +17,12 @@ public:
     std::map<std::string, Result<std::vector<std::byte>>, std::less<>> data;
     std::map<std::string, Result<std::filesystem::path>, std::less<>> files;
     std::optional<Result<UIImage>> image;
+    std::optional<std::string> name;
 
     /// Those of `files` where none are set.
     std::optional<std::vector<std::string>> types;
 
+    std::optional<std::string> suggestedName() const override { return name; }
     std::vector<std::string> registeredTypeIdentifiers() const override {
         if (types) return *types;
         std::vector<std::string> all;

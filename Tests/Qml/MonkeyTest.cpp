@@ -56,7 +56,8 @@ public:
 
     /// Where nothing is kept but the networks.
     void goHome() {
-        app_.bridge().back();
+        // Whatever is under way: a way back that asks is not taken here.
+        app_.composition().home().isShowingDetailView.set(false);
         QTest::qWait(500);
     }
 

@@ -1,11 +1,22 @@
 #include "Desktop/Qml/Bridges/AppBridge.h"
 
+#include <QColor>
 #include <QVariantMap>
+#include <numbers>
 #include <utility>
 
+#include "Quillmere/Views/Common/LoadingView.h"
 #include "Quillmere/Views/Detail/ImageConversionProgressView.h"
 
 namespace quillmere {
+namespace {
+
+QColor qt(const ImageConversionProgressView::Colour& colour) {
+    return QColor::fromRgbF(static_cast<float>(colour.red), static_cast<float>(colour.green),
+                            static_cast<float>(colour.blue));
+}
+
+}  // namespace
 
 AppBridge::AppBridge(const HomeBridge::Ports& home, Screens screens, UserDefaults& userDefaults,
                      const Localization& localization, const Bundles& bundles,
@@ -29,6 +40,43 @@ QVariantList AppBridge::moreApps() const {
         list.push_back(QVariantMap{{"title", app.title}, {"icon", app.icon}});
     }
     return list;
+}
+
+QVariantMap AppBridge::conversionMeasures() const {
+    using View = ImageConversionProgressView;
+    // QML's springs are told what a step of 16 ms adds to the speed, per second and unit.
+    constexpr double step = 0.016;
+    constexpr double frequency = 2 * std::numbers::pi / View::springResponse;
+    return {{"dimOpacity", View::dimOpacity},
+            {"cardRadius", View::cardRadius},
+            {"cardVerticalPadding", View::cardVerticalPadding},
+            {"cardHorizontalPadding", View::cardHorizontalPadding},
+            {"cardSpacing", View::cardSpacing},
+            {"cardStartScale", View::cardStartScale},
+            {"cardShadowOpacity", View::cardShadowOpacity},
+            {"cardShadowRadius", View::cardShadowRadius},
+            {"cardShadowOffset", View::cardShadowOffset},
+            {"cardOutlineOpacity", View::cardOutlineOpacity},
+            {"ringSize", View::ringSize},
+            {"ringWidth", View::ringWidth},
+            {"ringTrackOpacity", View::ringTrackOpacity},
+            {"gradientTopLeft", qt(View::gradientTopLeft)},
+            {"gradientBottomRight", qt(View::gradientBottomRight)},
+            {"percentageSize", View::percentageSize},
+            {"titleSize", View::titleSize},
+            {"noticeSize", View::noticeSize},
+            {"noticeOpacity", View::noticeOpacity},
+            {"noticePadding", View::noticePadding},
+            {"spring", frequency * frequency * step},
+            {"springDamping", 2 * View::springDamping * frequency * step},
+            {"progressMilliseconds", View::progressSeconds * 1000}};
+}
+
+QVariantMap AppBridge::loadingMeasures() const {
+    return {{"boxWidthShare", LoadingView::boxWidthShare},
+            {"boxHeightShare", LoadingView::boxHeightShare},
+            {"boxCornerRadius", LoadingView::boxCornerRadius},
+            {"contentBlurRadius", LoadingView::contentBlurRadius}};
 }
 
 QUrl AppBridge::sampleAt(const HomeView::Sample& sample) const {
@@ -60,7 +108,14 @@ void AppBridge::updateDetail() {
     emit detailChanged();
 }
 
-void AppBridge::back() { homeView_.isShowingDetailView.set(false); }
+void AppBridge::back() {
+    const auto leave = [this] { homeView_.isShowingDetailView.set(false); };
+    if (!detail_ || !detail_->view().asksFirst(leave)) leave();
+}
+
+bool AppBridge::mayClose() {
+    return !detail_ || !detail_->view().asksFirst([this] { emit closeAgreed(); });
+}
 
 void AppBridge::openFiles(const QList<QUrl>& files) {
     // A conversion that is under way is not thrown away for what came in between.

@@ -35,6 +35,9 @@ class AppBridge final : public Bridge {
     Q_PROPERTY(QUrl samplePhoto READ samplePhoto CONSTANT)
     /// Of {title, icon}.
     Q_PROPERTY(QVariantList moreApps READ moreApps CONSTANT)
+    /// The measures that the logic gives the overlays of work, by their names there.
+    Q_PROPERTY(QVariantMap conversionMeasures READ conversionMeasures CONSTANT)
+    Q_PROPERTY(QVariantMap loadingMeasures READ loadingMeasures CONSTANT)
 
 public:
     /// How the application puts a screen together.
@@ -62,6 +65,8 @@ public:
     AlertBridge* alert() { return &alert_; }
     AdBridge* ads() { return &ads_; }
     QVariantList moreApps() const;
+    QVariantMap conversionMeasures() const;
+    QVariantMap loadingMeasures() const;
     QString appearance() const { return qEnvironmentVariable("QUILLMERE_APPEARANCE"); }
     QUrl sampleIllustration() const { return sampleAt(HomeView::illustration); }
     QUrl samplePhoto() const { return sampleAt(HomeView::photo); }
@@ -76,14 +81,19 @@ public:
         return qt(formatString(localization_.localizedString(key.toStdString()),
                                {first.toStdString(), second.toStdString()}));
     }
-    /// Back from the detail screen to the home screen.
+    /// Back from the detail screen to the home screen. Where that would end work, the user is asked
+    /// first.
     Q_INVOKABLE void back();
+    /// Whether the window may close now. Where that would end work, the user is asked, and
+    /// `closeAgreed` follows a yes.
+    Q_INVOKABLE bool mayClose();
     /// Files from outside: those of a start, or a second one. Leads back to the home screen first.
     void openFiles(const QList<QUrl>& files);
     /// "13%" for 0.125.
     Q_INVOKABLE static QString percentage(double fraction);
 
 signals:
+    void closeAgreed();
     void detailChanged();
     void previewChanged();
     void shareChanged();

@@ -11,7 +11,8 @@ DetailBridge::DetailBridge(std::unique_ptr<DetailView> view, MakeBanner makeBann
       view_(std::move(view)),
       makeBanner_(std::move(makeBanner)),
       userDefaults_(userDefaults),
-      alert_(view_->vm().alert) {
+      alert_(view_->vm().alert),
+      question_(view_->question) {
     DetailViewModel& vm = view_->vm();
     watch(vm.convertedImages, &DetailBridge::resultChanged);
     watch(vm.selectedStyle, &DetailBridge::resultChanged);
@@ -21,6 +22,8 @@ DetailBridge::DetailBridge(std::unique_ptr<DetailView> view, MakeBanner makeBann
     watch(view_->currentImageFormat, &DetailBridge::formatChanged);
     watch(vm.isConverting, &DetailBridge::coverChanged);
     watch(vm.isVideoProcessing, &DetailBridge::coverChanged);
+    watch(vm.batchPicture, &DetailBridge::coverChanged);
+    watch(view_->isStopping, &DetailBridge::coverChanged);
     watch(vm.imageConversionProgress, &DetailBridge::progressChanged);
     watch(view_->progressDisplay, &DetailBridge::progressChanged);
     watch(view_->showingSettingsView, &DetailBridge::sheetsChanged);
@@ -30,10 +33,10 @@ DetailBridge::DetailBridge(std::unique_ptr<DetailView> view, MakeBanner makeBann
     watch(view_->showBannerAds, &DetailBridge::updateBanner);
 }
 
-QStringList DetailBridge::linesWithoutResult() const {
-    QStringList lines;
-    for (const std::string& line : view_->linesWithoutResult()) lines << qt(line);
-    return lines;
+QStringList DetailBridge::listOf(const std::vector<std::string>& lines) {
+    QStringList list;
+    for (const std::string& line : lines) list << qt(line);
+    return list;
 }
 
 QVariantList DetailBridge::styleRows() const {

@@ -35,6 +35,13 @@ class DetailBridge final : public Bridge {
     Q_PROPERTY(double conversionProgress READ conversionProgress NOTIFY progressChanged)
     /// Below zero while there is none.
     Q_PROPERTY(double videoProgress READ videoProgress NOTIFY progressChanged)
+    Q_PROPERTY(QString loadingTitle READ loadingTitle NOTIFY coverChanged)
+    Q_PROPERTY(QStringList progressLines READ progressLines NOTIFY coverChanged)
+    Q_PROPERTY(bool isStopping READ isStopping NOTIFY coverChanged)
+    Q_PROPERTY(quillmere::AlertBridge* question READ question CONSTANT)
+    /// In points.
+    Q_PROPERTY(double minimumDragDistance READ minimumDragDistance CONSTANT)
+    Q_PROPERTY(double formatSheetHeight READ formatSheetHeight CONSTANT)
     Q_PROPERTY(bool showsSettings READ showsSettings WRITE setShowsSettings NOTIFY sheetsChanged)
     Q_PROPERTY(quillmere::FormatBridge* format READ format NOTIFY sheetsChanged)
     Q_PROPERTY(bool showsShareView READ showsShareView NOTIFY shareChanged)
@@ -52,7 +59,7 @@ public:
 
     Picture source() const { return {view_->vm().originalImage}; }
     Picture result() const { return {view_->result()}; }
-    QStringList linesWithoutResult() const;
+    QStringList linesWithoutResult() const { return listOf(view_->linesWithoutResult()); }
     QString sourceSize() const { return qt(view_->sourceSize()); }
     QString resultSize() const { return qt(view_->resultSize()); }
     bool isVideo() const { return view_->isVideo(); }
@@ -72,7 +79,14 @@ public:
     bool showsVideoPreview() const { return view_->showsVideoPreview(); }
     bool showsBanner() const { return view_->showBannerAds.get(); }
     AlertBridge* alert() { return &alert_; }
+    QString loadingTitle() const { return qt(view_->loadingTitle()); }
+    QStringList progressLines() const { return listOf(view_->progressLines()); }
+    bool isStopping() const { return view_->isStopping.get(); }
+    AlertBridge* question() { return &question_; }
+    double minimumDragDistance() const { return DetailView::minimumDragDistance; }
+    double formatSheetHeight() const { return ImageFormatSelectionView::height; }
 
+    Q_INVOKABLE void stopTapped() { view_->stopTapped(); }
     Q_INVOKABLE void appear() { view_->appear(); }
     Q_INVOKABLE void disappear() { view_->disappear(); }
     Q_INVOKABLE void dragDivider(double x, double width, bool rightToLeft) {
@@ -103,6 +117,7 @@ signals:
 private:
     /// The column takes no taps from the moment that the logic says so, though that is drawn later.
     bool isCovered() const { return view_->cover() != DetailView::Cover::none; }
+    static QStringList listOf(const std::vector<std::string>& lines);
     void updateFormat();
     void updateBanner();
 
@@ -112,6 +127,7 @@ private:
     UserDefaults& userDefaults_;
     std::unique_ptr<FormatBridge> format_;
     AlertBridge alert_;
+    AlertBridge question_;
 };
 
 }  // namespace quillmere

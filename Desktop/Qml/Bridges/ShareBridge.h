@@ -21,6 +21,9 @@ class ShareBridge final : public Bridge {
     Q_PROPERTY(bool showsConfetti READ showsConfetti NOTIFY changed)
     /// Names of options.
     Q_PROPERTY(QStringList options READ options NOTIFY changed)
+    /// How long confetti fall, and how far beneath the screen, in points.
+    Q_PROPERTY(double confettiMilliseconds READ confettiMilliseconds CONSTANT)
+    Q_PROPERTY(double confettiFallBeneathBy READ confettiFallBeneathBy CONSTANT)
     /// Into the list of other applications.
     Q_PROPERTY(QVariantList moreApps READ moreApps CONSTANT)
 
@@ -35,6 +38,8 @@ public:
     bool showsButtons() const { return !enhanced_ || enhanced_->animateShareButtons.get(); }
     bool showsConfetti() const { return enhanced_ && enhanced_->showConfetti.get(); }
     QStringList options() const;
+    double confettiMilliseconds() const { return Confetti::fallSeconds * 1000; }
+    double confettiFallBeneathBy() const { return Confetti::fallsBeneathBy; }
     QVariantList moreApps() const;
 
     Q_INVOKABLE void appear();

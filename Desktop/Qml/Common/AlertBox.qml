@@ -47,6 +47,8 @@ Sheet {
                 Layout.topMargin: Theme.s
                 text: modelData
                 prominent: index === 0
+                // The one that does no harm.
+                focus: index === box.alert.buttons.length - 1
                 onClicked: box.alert.close(index)
             }
         }

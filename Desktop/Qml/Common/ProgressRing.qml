@@ -1,55 +1,41 @@
-// A ring that closes as work goes on.
+// A ring that closes as work goes on, in a gradient from its top left to its bottom right.
 import QtQuick
-import QtQuick.Shapes
 
-Item {
+Canvas {
     id: ring
 
     property real progress: 0
-    property real size: 160
-    property real thickness: 18
-    property color track: Qt.rgba(Theme.text.r, Theme.text.g, Theme.text.b, 0.12)
+    property real thickness
+    property color track
+    property color from
+    property color to
+    property int milliseconds  // of a step
 
-    implicitWidth: size
-    implicitHeight: size
     property real shownProgress: progress
     Behavior on shownProgress {
-        NumberAnimation { duration: 250; easing.type: Easing.InOutQuad }
+        NumberAnimation { duration: ring.milliseconds; easing.type: Easing.InOutQuad }
     }
+    onShownProgressChanged: requestPaint()
 
-    component Arc: Shape {
-        id: arc
-        property color color
-        property real from: 0
-        property real sweep: 360
-        anchors.fill: parent
-        antialiasing: true
-        ShapePath {
-            strokeColor: arc.color
-            strokeWidth: ring.thickness
-            fillColor: "transparent"
-            capStyle: ShapePath.RoundCap
-            PathAngleArc {
-                centerX: ring.size / 2
-                centerY: ring.size / 2
-                radiusX: (ring.size - ring.thickness) / 2
-                radiusY: radiusX
-                startAngle: arc.from - 90
-                sweepAngle: arc.sweep
-            }
+    onPaint: {
+        const pen = getContext("2d")
+        const middle = width / 2
+        const start = -Math.PI / 2
+        const arc = (share) => {
+            pen.beginPath()
+            pen.arc(middle, middle, middle - thickness / 2, start, start + 2 * Math.PI * share)
+            pen.stroke()
         }
-    }
-    Arc { color: ring.track }
-    // Pieces, each a little further on the way from one colour to the other.
-    Repeater {
-        model: 24
-        Arc {
-            required property int index
-            readonly property real share: index / 23
-            visible: ring.shownProgress * 24 > index
-            from: index * 15
-            sweep: Math.max(0.1, Math.min(15, (ring.shownProgress * 24 - index) * 15))
-            color: Qt.rgba(0.16 + 0.08 * share, 0.64 - 0.20 * share, 0.92 - 0.07 * share, 1)
-        }
+        pen.reset()
+        pen.lineWidth = thickness
+        pen.strokeStyle = track
+        arc(1)
+        if (shownProgress <= 0) return
+        const gradient = pen.createLinearGradient(0, 0, width, height)
+        gradient.addColorStop(0, from)
+        gradient.addColorStop(1, to)
+        pen.strokeStyle = gradient
+        pen.lineCap = "round"
+        arc(Math.min(1, shownProgress))
     }
 }

@@ -10,6 +10,7 @@ FocusScope {
     property var source
     property var result
     property real position: 0.5
+    property int dragThreshold
     readonly property bool rightToLeft: LayoutMirroring.enabled
     signal dragged(real x)
 
@@ -122,7 +123,7 @@ FocusScope {
         HoverHandler { cursorShape: Qt.SplitHCursor }
         DragHandler {
             target: null
-            dragThreshold: 10
+            dragThreshold: view.dragThreshold
             grabPermissions: PointerHandler.CanTakeOverFromAnything
             onCentroidChanged: {
                 if (active) view.dragged(view.mapFromItem(null, centroid.scenePosition.x, 0).x)

@@ -5,60 +5,93 @@ import "../Common"
 WorkOverlay {
     id: overlay
 
-    visible: dim.opacity > 0
+    property Item content
+    readonly property var measures: App.conversionMeasures
+
+    property real presence: shown ? 1 : 0
+    Behavior on presence {
+        SpringAnimation {
+            spring: overlay.measures.spring
+            damping: overlay.measures.springDamping
+            epsilon: 0.001
+        }
+    }
+    visible: presence > 0
 
     Rectangle {
-        id: dim
         anchors.fill: parent
         color: "#000000"
-        opacity: overlay.shown ? 0.45 : 0
-        Behavior on opacity { NumberAnimation { duration: Theme.calm } }
+        opacity: overlay.measures.dimOpacity * overlay.presence
         Blocker { enabled: overlay.shown }
     }
-    Rectangle {
-        anchors.centerIn: parent
-        width: Math.max(content.implicitWidth, 240) + 64
-        height: content.implicitHeight + 72
-        radius: 28
-        color: Theme.raised
-        border.color: Qt.rgba(Theme.text.r, Theme.text.g, Theme.text.b, 0.08)
-        opacity: overlay.shown ? 1 : 0
-        scale: overlay.shown ? 1 : 0.92
-        Behavior on opacity { NumberAnimation { duration: Theme.calm } }
-        // Response 0.45 s, damping 0.82: angular frequency 2 pi / 0.45, as a spring of mass 1.
-        Behavior on scale { SpringAnimation { spring: 3.9; damping: 0.46; epsilon: 0.001 } }
-        Column {
-            id: content
+    Item {
+        anchors.fill: parent
+        opacity: overlay.presence
+        scale: overlay.measures.cardStartScale + (1 - overlay.measures.cardStartScale) * overlay.presence
+
+        Shadow {
+            card: card
+            radius: overlay.measures.cardRadius
+            offset: overlay.measures.cardShadowOffset
+            blur: overlay.measures.cardShadowRadius
+            strength: overlay.measures.cardShadowOpacity
+        }
+        Material {
+            id: card
             anchors.centerIn: parent
-            spacing: 28
-            Text {
-                anchors.horizontalCenter: parent.horizontalCenter
-                text: App.text("Processing")
-                color: Theme.text
-                font.pixelSize: Theme.headline
-                font.weight: Font.DemiBold
+            width: column.width + 2 * overlay.measures.cardHorizontalPadding
+            height: column.height + 2 * overlay.measures.cardVerticalPadding
+            beneath: overlay.content
+            radius: overlay.measures.cardRadius
+            shade: overlay.measures.dimOpacity
+
+            Rectangle {
+                anchors.fill: parent
+                radius: overlay.measures.cardRadius
+                color: "transparent"
+                border { color: Qt.rgba(1, 1, 1, overlay.measures.cardOutlineOpacity); width: 1 }
             }
-            ProgressRing {
-                anchors.horizontalCenter: parent.horizontalCenter
-                progress: overlay.reached
-                Text {
-                    anchors.centerIn: parent
-                    text: App.percentage(overlay.reached)
-                    color: Theme.text
-                    font.pixelSize: 38
-                    font.weight: Font.Bold
+            Column {
+                id: column
+                anchors.centerIn: parent
+                spacing: overlay.measures.cardSpacing
+                ProgressRing {
+                    anchors.horizontalCenter: parent.horizontalCenter
+                    width: overlay.measures.ringSize
+                    height: overlay.measures.ringSize
+                    thickness: overlay.measures.ringWidth
+                    track: Qt.rgba(1, 1, 1, overlay.measures.ringTrackOpacity)
+                    from: overlay.measures.gradientTopLeft
+                    to: overlay.measures.gradientBottomRight
+                    milliseconds: overlay.measures.progressMilliseconds
+                    progress: overlay.reached
+                    Text {
+                        anchors.centerIn: parent
+                        text: App.percentage(overlay.reached)
+                        color: Theme.text
+                        font.pixelSize: overlay.measures.percentageSize
+                        font.weight: Font.Bold
+                    }
                 }
-            }
-            Text {
-                anchors.horizontalCenter: parent.horizontalCenter
-                width: 240
-                topPadding: 0
-                text: App.text("ConversionTimeNotice")
-                color: Theme.text
-                opacity: 0.7
-                font.pixelSize: Theme.body
-                wrapMode: Text.Wrap
-                horizontalAlignment: Text.AlignHCenter
+                GradientText {
+                    anchors.horizontalCenter: parent.horizontalCenter
+                    text: App.text("Processing")
+                    font.pixelSize: overlay.measures.titleSize
+                    font.weight: Font.DemiBold
+                    from: overlay.measures.gradientTopLeft
+                    to: overlay.measures.gradientBottomRight
+                }
+                Text {
+                    width: 240 + 2 * overlay.measures.noticePadding
+                    leftPadding: overlay.measures.noticePadding
+                    rightPadding: overlay.measures.noticePadding
+                    text: App.text("ConversionTimeNotice")
+                    color: Theme.text
+                    opacity: overlay.measures.noticeOpacity
+                    font.pixelSize: overlay.measures.noticeSize
+                    wrapMode: Text.Wrap
+                    horizontalAlignment: Text.AlignHCenter
+                }
             }
         }
     }

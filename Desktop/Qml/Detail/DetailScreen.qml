@@ -9,19 +9,29 @@ FocusScope {
 
     readonly property var detail: App.detail
     readonly property bool wide: width >= 760
-    readonly property bool covered: detail !== null && (detail.isConverting || detail.isLoading)
+    readonly property bool converting: detail !== null && detail.isConverting
+    readonly property bool loading: detail !== null && detail.isLoading
+    readonly property bool overlaid: detail === null || detail.showsShareView
+        || detail.format !== null || detail.alert.isShown || detail.question.isShown
 
-    Keys.onEscapePressed: if (!covered) App.back()
+    // Out of the work first, and then out of the screen; a conversion can't be stopped.
+    function stepOut() {
+        if (loading && !detail.isStopping) detail.stopTapped()
+        else leave()
+    }
+    function leave() { if (!converting) App.back() }
+
+    Keys.onEscapePressed: stepOut()
 
     Backdrop { color: Theme.background }
+    WayBack { enabled: !screen.overlaid; onTaken: screen.leave() }
 
     FocusScope {
         id: column
         anchors.fill: parent
         // Whoever comes back from what lay over it finds the keyboard where it was.
         focus: enabled
-        enabled: screen.detail !== null && !screen.covered && !screen.detail.showsShareView
-            && screen.detail.format === null && !screen.detail.alert.isShown
+        enabled: !screen.converting && !screen.overlaid
 
         TopBar {
             id: bar
@@ -30,6 +40,8 @@ FocusScope {
             onBack: App.back()
         }
         GridLayout {
+            id: body
+            enabled: !screen.loading
             anchors { left: parent.left; right: parent.right; top: bar.bottom; bottom: banner.top }
             columns: screen.wide ? 2 : 1
             columnSpacing: 0
@@ -49,6 +61,7 @@ FocusScope {
                     source: screen.detail ? screen.detail.source : undefined
                     result: screen.detail ? screen.detail.result : undefined
                     position: screen.detail ? screen.detail.slider : 0.5
+                    dragThreshold: screen.detail ? screen.detail.minimumDragDistance : 0
                     onDragged: (x) => screen.detail.dragDivider(x, width, rightToLeft)
                     focus: true
                 }
@@ -113,6 +126,7 @@ FocusScope {
         }
         AdBanner {
             id: banner
+            enabled: !screen.loading
             anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
             shown: screen.detail !== null && screen.detail.showsBanner && App.ads.banner !== ""
         }
@@ -123,17 +137,27 @@ FocusScope {
     }
     ConversionProgress {
         anchors.fill: parent
-        shown: screen.detail !== null && screen.detail.isConverting
+        shown: screen.converting
+        content: column
         progress: screen.detail ? screen.detail.conversionProgress : 0
     }
     BatchProgress {
-        anchors.fill: parent
-        shown: screen.detail !== null && screen.detail.isLoading
+        // The way back stays free.
+        anchors { fill: parent; topMargin: bar.height }
+        shown: screen.loading
+        content: body
+        title: screen.detail ? screen.detail.loadingTitle : ""
         progress: screen.detail ? screen.detail.videoProgress : 0
+        lines: screen.detail ? screen.detail.progressLines : []
+        stopping: screen.detail !== null && screen.detail.isStopping
+        onCancelled: screen.detail.stopTapped()
     }
     FormatSheet {
         format: screen.detail ? screen.detail.format : null
+        sheetHeight: screen.detail ? screen.detail.formatSheetHeight : 0
         onDismissed: screen.detail.closeFormat()
     }
-    AlertBox { alert: screen.detail ? screen.detail.alert : null }
+    // An alert that comes while something is asked waits for the answer.
+    AlertBox { alert: screen.detail && !screen.detail.question.isShown ? screen.detail.alert : null }
+    AlertBox { alert: screen.detail ? screen.detail.question : null }
 }

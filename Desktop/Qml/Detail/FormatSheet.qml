@@ -12,7 +12,6 @@ Sheet {
     shown: format !== null
     name: App.text("SaveFormat")
     sheetWidth: 460
-    sheetHeight: 490
 
     Rectangle {
         // The drag indicator.

@@ -178,7 +178,10 @@ FocusScope {
                         color: modelData.color
                         rotation: modelData.rotation
                         scale: modelData.scale
-                        NumberAnimation on y { to: rain.height + 100; duration: 1500 }
+                        NumberAnimation on y {
+                            to: overlay.share ? rain.height + overlay.share.confettiFallBeneathBy : 0
+                            duration: overlay.share ? overlay.share.confettiMilliseconds : 0
+                        }
                     }
                 }
             }

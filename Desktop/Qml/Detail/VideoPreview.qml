@@ -22,6 +22,7 @@ FocusScope {
     }
 
     Backdrop { color: Theme.background }
+    WayBack { onTaken: App.detail.closePreview() }
 
     MediaPlayer {
         id: player

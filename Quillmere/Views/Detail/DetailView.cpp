@@ -34,6 +34,11 @@ DetailView::DetailView(const DetailPorts& ports, const VideoToolbox& videoToolbo
     }));
     reactions_.push_back(
         vm_->videoProgress.subscribe([this](float progress) { showProgress(progress); }));
+    reactions_.push_back(vm_->isConverting.subscribe([this](bool converting) {
+        if (converting) return;
+        question.set(std::nullopt);
+        isStopping.set(false);
+    }));
 }
 
 void DetailView::appear() {
@@ -53,6 +58,52 @@ DetailView::Cover DetailView::cover() const {
 
 std::string DetailView::loadingTitle() const {
     return vm_->isVideoProcessing.get() ? std::string() : text("Converting");
+}
+
+std::vector<std::string> DetailView::progressLines() const {
+    if (isStopping.get()) return {text(isVideo() ? "StoppingVideo" : "StoppingBatch")};
+    const auto picture = vm_->batchPicture.get();
+    if (!picture) return {};
+    if (picture->isHeld) return {formatString(text("BatchIsHeld"), {nameOf(*picture)})};
+    std::vector<std::string> lines{placeOf(*picture)};
+    if (!picture->name.empty()) lines.push_back(picture->name);
+    return lines;
+}
+
+std::string DetailView::placeOf(const DetailViewModel::BatchPicture& picture) const {
+    return formatString(text("BatchPicture"),
+                        {std::to_string(picture.number), std::to_string(picture.count)});
+}
+
+std::string DetailView::nameOf(const DetailViewModel::BatchPicture& picture) const {
+    return picture.name.empty() ? placeOf(picture) : picture.name;
+}
+
+void DetailView::stopTapped() {
+    asksFirst([] {});
+}
+
+bool DetailView::asksFirst(std::function<void()> goOn) {
+    const Cover now = cover();
+    if (now == Cover::none || isStopping.get()) return false;
+    const char* what = "StopConversionQuestion";
+    std::string notice = text("StopNotice");
+    if (now == Cover::loading) what = isVideo() ? "StopVideoQuestion" : "StopBatchQuestion";
+    if (now == Cover::loading && !isVideo()) {
+        const auto picture = vm_->batchPicture.get();
+        notice = picture && picture->isHeld
+                     ? formatString(text("StopHeldBatchNotice"), {nameOf(*picture)})
+                     : text("StopBatchNotice");
+    }
+    const auto stop = [this, goOn = std::move(goOn)] {
+        isStopping.set(true);
+        vm_->stopWork();
+        goOn();
+    };
+    question.set(AlertTypes::twoButton(text(what), std::move(notice),
+                                       {text("Stop"), AlertButton::Role::destructive, stop},
+                                       {text("KeepGoing"), AlertButton::Role::cancel, {}}));
+    return true;
 }
 
 void DetailView::showProgress(float progress) {

@@ -1,6 +1,7 @@
 // The detail screen: source and result side by side, the styles, and what belongs to which state.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -27,6 +28,7 @@ public:
     DetailView(const DetailPorts& ports, const VideoToolbox& videoToolbox, DetailInput input);
     DetailView(const DetailView&) = delete;
     DetailView& operator=(const DetailView&) = delete;
+    ~DetailView() { vm_->abandonWork(); }
 
     DetailViewModel& vm() const { return *vm_; }
 
@@ -40,6 +42,10 @@ public:
     Published<UserDefaultsHelper::ImageFormat> currentImageFormat;
     /// Of the progress display, which is seen while there is one. Written where `videoProgress` is.
     Published<std::optional<float>> progressDisplay;
+    /// Whether work is to be stopped, while that is asked; gone when the work ends by itself.
+    Published<std::optional<AlertTypes>> question;
+    /// The user has said yes; a batch or a video job ends after the picture or the frame in work.
+    Published<bool> isStopping{false};
 
     /// Every time, also on the way back from the preview; only the first one takes the input.
     void appear();
@@ -52,6 +58,15 @@ public:
     enum class Cover { none, conversion, loading };
     Cover cover() const;
     std::string loadingTitle() const;
+    /// What stands beneath the progress display, from the top: which picture of a batch it is, what
+    /// holds it, or that it is stopping.
+    std::vector<std::string> progressLines() const;
+
+    /// A tap on the button that ends a batch or a video job; the user is asked first.
+    void stopTapped();
+    /// Whether work is under way that going on would end. The user is asked then, once, and `goOn`
+    /// follows a yes; otherwise the caller goes on by itself.
+    bool asksFirst(std::function<void()> goOn);
 
     /// Of the selected style.
     std::optional<UIImage> result() const;
@@ -99,6 +114,8 @@ public:
 private:
     void limitMayHaveChanged();
     void showProgress(float progress);
+    std::string placeOf(const DetailViewModel::BatchPicture& picture) const;
+    std::string nameOf(const DetailViewModel::BatchPicture& picture) const;
     std::string text(const char* key) const { return ports_.localization.localizedString(key); }
 
     DetailPorts ports_;

@@ -54,7 +54,6 @@ void DetailViewModel::convert() {
     const EnhanceStyle style = selectedStyle.get();
     if (style != EnhanceStyle::rapidHQ) rapidHQExpectedSize.set(std::nullopt);
     if (style == EnhanceStyle::rapidHQ) {
-        setSlot(style, std::nullopt);
         refreshRapidHQExpectedSize();
         return;  // a video is enlarged when it is saved
     }
@@ -189,7 +188,17 @@ void DetailViewModel::imageSaved(bool success, const std::optional<Error>& error
     if (scene) ports_.storeReview.requestReviewInScene(*scene);
 }
 
-void DetailViewModel::saveImages() { BatchSave::start(shared_from_this(), ports_); }
+void DetailViewModel::saveImages() { batch_ = BatchSave::start(shared_from_this(), ports_); }
+
+void DetailViewModel::stopWork() {
+    if (const auto batch = batch_.lock()) batch->stop();
+    if (originalVideoUrl && ports_.video) ports_.video->notificationCenter.post(cancelSaveVideo);
+}
+
+void DetailViewModel::abandonWork() {
+    if (const auto batch = batch_.lock()) batch->abandon();
+    if (originalVideoUrl && isVideoProcessing.get()) ports_.application.setIdleTimerDisabled(false);
+}
 
 void DetailViewModel::showError(const std::string& message) {
     alert.set(AlertTypes::defaultButton(ports_.localization.localizedString("Error"), message));

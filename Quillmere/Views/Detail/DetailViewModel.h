@@ -17,6 +17,7 @@
 
 namespace quillmere {
 
+class BatchSave;
 class VideoJob;
 
 /// Why `rapidHQ` can't enlarge a video: its size, and the largest that could be. In pixels.
@@ -34,6 +35,13 @@ struct RapidHQSizeLimits {
 class DetailViewModel : public std::enable_shared_from_this<DetailViewModel> {
 public:
     using Images = std::array<std::optional<UIImage>, allEnhanceStyles.size()>;
+
+    struct BatchPicture {
+        std::string name;    // of its file; empty where it is none
+        std::size_t number;  // from 1
+        std::size_t count;   // of the batch
+        bool isHeld;         // nothing more will come of it, and the others wait for it
+    };
 
     explicit DetailViewModel(const DetailPorts& ports);
     ~DetailViewModel();
@@ -57,6 +65,8 @@ public:
     Published<float> imageConversionProgress{0};
     /// In pixels, where it is known.
     Published<std::optional<Size>> rapidHQExpectedSize;
+    /// Of a batch, the one whose turn it is.
+    Published<std::optional<BatchPicture>> batchPicture;
 
     /// The source; of a video, its preview picture.
     std::optional<UIImage> originalImage;
@@ -99,12 +109,20 @@ public:
     void imageSaved(bool success, const std::optional<Error>& error);
 
     /// Converts and saves every picked picture by the selected style, one after the other. An item
-    /// that can't be loaded in any way, and a run that ends silently, hold the batch for ever.
+    /// that can't be loaded in any way, and a run that ends silently, hold the batch until it is
+    /// stopped.
     void saveImages();
 
     /// Encodes the video anew by the selected style; `VideoJob` tells of its ends. The
     /// notification `cancelSaveVideo` cancels it. Without ports of videos it is a broken invariant.
     void startVideoSave();
+
+    /// The user wants no more of a batch or a video job, which ends after the picture or the frame
+    /// in work, by its usual end.
+    void stopWork();
+
+    /// The screen has gone: nothing keeps the machine awake, or waits, for what still runs.
+    void abandonWork();
 
 private:
     friend class BatchSave;
@@ -115,6 +133,7 @@ private:
 
     DetailPorts ports_;
     std::shared_ptr<VideoJob> videoJob_;  // from the first one on
+    std::weak_ptr<BatchSave> batch_;      // the last one
     Subscription cancelSaveVideo_;
 };
 

@@ -32,17 +32,15 @@ struct ImageConversionProgressView {
     static constexpr Colour gradientTopLeft{0.16, 0.64, 0.92};
     static constexpr Colour gradientBottomRight{0.24, 0.44, 0.85};
     static constexpr double percentageSize = 38;
+    static constexpr double titleSize = 20;
+    static constexpr double noticeSize = 13;
     static constexpr double noticeOpacity = 0.7;
     static constexpr double noticePadding = 12;
 
     /// A spring, for the overlay's coming and going.
     static constexpr double springResponse = 0.45;  // seconds
     static constexpr double springDamping = 0.82;
-    static constexpr double springBlend = 0.2;       // seconds
     static constexpr double progressSeconds = 0.25;  // ease in and out
-
-    static constexpr const char* titleKey = "Processing";
-    static constexpr const char* noticeKey = "ConversionTimeNotice";
 
     /// Rounded, as in "13%" for 0.125.
     static std::string percentage(float progress) {

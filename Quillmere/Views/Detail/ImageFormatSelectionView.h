@@ -26,13 +26,6 @@ public:
         {UserDefaultsHelper::ImageFormat::png, "PNG", "FormatDescriptionPNG"},
     }};
 
-    static constexpr const char* titleKey = "SaveFormat";
-    static constexpr const char* metadataHeadingKey = "MetadataSettings";
-    static constexpr const char* metadataNoticeKey = "MetadataSettingsNotice";
-    static constexpr const char* creationDateKey = "PreserveCreationDate";  // symbol "calendar"
-    static constexpr const char* locationKey = "PreserveLocation";          // symbol "location"
-    static constexpr const char* doneKey = "Done";
-
     ImageFormatSelectionView(UserDefaults& userDefaults, Published<bool>& isPresented)
         : selectedFormat(UserDefaultsHelper::imageFormat(userDefaults)),
           preserveCreationDate(userDefaults.boolForKey(preserveCreationDateKey)),

@@ -162,7 +162,32 @@ TEST_F(Models, WarmUpOfAStyleWithoutANetworkPrintsNothing) {
     EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-TEST_F(Models, ScheduledWarmUpLeavesTheCallersThread) {
+/// Notes which global queue is asked for.
+class ListeningDispatch final : public Dispatch {
+public:
+    explicit ListeningDispatch(Dispatch& real) : real_(real) {}
+    DispatchQueue& mainQueue() override { return real_.mainQueue(); }
+    DispatchQueue& globalQueue(QualityOfService quality) override {
+        asked.push_back(quality);
+        return real_.globalQueue(quality);
+    }
+    std::shared_ptr<DispatchQueue> makeSerialQueue(std::string label,
+                                                   QualityOfService quality) override {
+        return real_.makeSerialQueue(std::move(label), quality);
+    }
+    std::shared_ptr<DispatchGroup> makeGroup() override { return real_.makeGroup(); }
+    std::shared_ptr<DispatchSemaphore> makeSemaphore(int count) override {
+        return real_.makeSemaphore(count);
+    }
+    std::chrono::nanoseconds now() const override { return real_.now(); }
+
+    std::vector<QualityOfService> asked;
+
+private:
+    Dispatch& real_;
+};
+
+TEST_F(Models, ScheduledWarmUpLeavesTheCallersThreadForTheMostUrgentQueue) {
     // The load blocks until the call below has returned: a warm-up on this thread would hang.
     class Waiting final : public Bundles {
     public:
@@ -191,11 +216,13 @@ TEST_F(Models, ScheduledWarmUpLeavesTheCallersThread) {
     };
     const auto printed = dispatch.makeSemaphore(0);
     Signalling signalling(*printed);
-    ModelWarmUp scheduled(slow, coreML, dispatch, signalling);
+    ListeningDispatch listening(dispatch);
+    ModelWarmUp scheduled(slow, coreML, listening, signalling);
     scheduled.scheduleModelWarmUp(EnhanceStyle::high);
     gate->signal();
     printed->wait();
     EXPECT_EQ(log.lines().back(), "prediction input 1 3 256 256");
+    EXPECT_THAT(listening.asked, ElementsAre(QualityOfService::userInteractive));
 }
 
 }  // namespace

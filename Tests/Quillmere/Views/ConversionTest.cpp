@@ -1,3 +1,5 @@
+#include <map>
+
 #include "Quillmere/Views/Detail/ImageConversionProgressView.h"
 #include "Tests/Awaited.h"
 #include "Tests/Quillmere/Views/DetailViewModelFixture.h"
@@ -103,7 +105,9 @@ TEST_F(ConversionTest, ProgressIsSeenAndTheModelOutlivesItsScreen) {
         completion(image, std::nullopt);
     };
     model->selectedStyle.set(EnhanceStyle::high);
+    model->imageConversionProgress.set(0.75F);  // of a run before it
     model->convert();
+    EXPECT_EQ(model->imageConversionProgress.get(), 0.0F);
     pumpUntil([&] { return model->imageConversionProgress.get() == 0.125F; });
     EXPECT_EQ(ImageConversionProgressView::percentage(0.125F), "13%");
     const std::weak_ptr<DetailViewModel> weak = model;
@@ -112,6 +116,29 @@ TEST_F(ConversionTest, ProgressIsSeenAndTheModelOutlivesItsScreen) {
     seen.set(true);
     pumpUntil([&] { return !lines("event ConvertSuccess").empty(); });
     pump();
+}
+
+TEST_F(ConversionTest, ARunThatStartsWhileAnotherGoesOnHasAnEndOfItsOwn) {
+    std::map<EnhanceStyle, Awaited<bool>> mayEnd;
+    for (const EnhanceStyle style : {EnhanceStyle::high, EnhanceStyle::godHigh}) mayEnd[style];
+    enhance = [&](EnhanceStyle style, const UIImage& image, const TileEngine::Progress&,
+                  const TileEngine::Completion& completion) {
+        mayEnd.at(style).get();
+        completion(image, std::nullopt);
+    };
+    for (const EnhanceStyle style : {EnhanceStyle::high, EnhanceStyle::godHigh}) {
+        model->selectedStyle.set(style);
+        model->convert();
+    }
+    for (const EnhanceStyle style : {EnhanceStyle::godHigh, EnhanceStyle::high}) {
+        model->isConverting.set(true);
+        mayEnd.at(style).set(true);
+        pumpUntil([this] { return !model->isConverting.get(); });
+    }
+    EXPECT_THAT(
+        lines("event "),
+        ElementsAre("event ShowDetail", "event TryConvert Style=1", "event TryConvert Style=3",
+                    "event ConvertSuccess Style=3", "event ConvertSuccess Style=3"));
 }
 
 TEST_F(ConversionTest, TheAdComesASecondLaterAndNotForTheOriginal) {
@@ -137,22 +164,32 @@ TEST_F(ConversionTest, RapidHQStatesItsSizeAndStartsNoRun) {
         const char* url;
         SystemVersion version;
         std::optional<int> factor;
+        std::optional<Size> known;
         std::optional<Size> expected;
+        std::optional<Size> kept;
     };
     FakeTrack track;
     track.naturalSize = {-640, 360};
     avFoundation.movies["/clip.mov"].tracks = {track};
+    track.naturalSize = {640, 0};
+    avFoundation.movies["/flat.mov"].tracks = {track};
+    const Size size{640, 360};
     for (const Case& c : {
-             Case{"enlarged", "/clip.mov", {26, 0}, 4, Size{2560, 1440}},
-             Case{"no factor", "/clip.mov", {26, 0}, std::nullopt, std::nullopt},
-             Case{"older system", "/clip.mov", {18, 5}, 4, std::nullopt},
-             Case{"no track", "/none.mov", {26, 0}, 4, std::nullopt},
-             Case{"a picture", nullptr, {26, 0}, 4, std::nullopt},
+             Case{"enlarged", "/clip.mov", {26, 0}, 4, {}, Size{2560, 1440}, size},
+             Case{"known", "/clip.mov", {26, 0}, 2, Size{3, 2}, Size{6, 4}, Size{3, 2}},
+             Case{"a side of nothing", "/flat.mov", {26, 0}, 2, {}, Size{1280, 0}, {}},
+             Case{"no factor", "/clip.mov", {26, 0}, {}, {}, {}, size},
+             Case{"older system", "/clip.mov", {18, 5}, 4, {}, {}, {}},
+             Case{"no track", "/none.mov", {26, 0}, 4, {}, {}, {}},
+             Case{"a picture", nullptr, {26, 0}, 4, {}, {}, {}},
          }) {
         SCOPED_TRACE(c.name);
         model->originalVideoUrl =
             c.url ? std::optional<std::filesystem::path>(c.url) : std::nullopt;
-        model->originalVideoSize.reset();
+        model->originalVideoSize = c.known;
+        DetailViewModel::Images images;
+        images[9] = FakeImageIO::picture({1, 1});
+        model->convertedImages.set(images);
         device.version = c.version;
         factor = c.factor;
         model->rapidHQExpectedSize.set(Size{1, 1});
@@ -160,7 +197,10 @@ TEST_F(ConversionTest, RapidHQStatesItsSizeAndStartsNoRun) {
         model->convert();
         EXPECT_FALSE(model->isConverting.get());
         EXPECT_EQ(model->rapidHQExpectedSize.get(), c.expected);
+        EXPECT_EQ(model->originalVideoSize, c.kept);
+        EXPECT_FALSE(model->hasConvertedImage()) << "it has no picture";
     }
+    model->resetConvertedImages();
     model->rapidHQExpectedSize.set(Size{1, 1});
     convert(EnhanceStyle::original);
     EXPECT_EQ(model->rapidHQExpectedSize.get(), std::nullopt);

@@ -103,6 +103,81 @@ TEST_F(DetailViewTest, EachStateHasItsCover) {
     }
 }
 
+TEST_F(DetailViewTest, WorkThatWouldEndIsAskedAboutOnce) {
+    using Picture = DetailViewModel::BatchPicture;
+    localization.texts["StopHeldBatchNotice"] = "without %@";
+    localization.texts["BatchIsHeld"] = "waits for %@";
+    localization.texts["BatchPicture"] = "%@ of %@";
+    struct Case {
+        bool isVideo;
+        bool converting;
+        bool processing;
+        std::optional<Picture> picture;
+        std::optional<std::string> asks;
+        std::string notice;
+        std::vector<std::string> lines;
+    };
+    for (const Case& c : {
+             Case{false, false, false, {}, {}, "", {}},
+             Case{false, true, false, {}, "StopConversionQuestion", "StopNotice", {}},
+             Case{true, true, true, {}, "StopVideoQuestion", "StopNotice", {}},
+             Case{false, true, true, {}, "StopBatchQuestion", "StopBatchNotice", {}},
+             Case{false,
+                  true,
+                  true,
+                  Picture{"a.jpg", 1, 3, false},
+                  "StopBatchQuestion",
+                  "StopBatchNotice",
+                  {"1 of 3", "a.jpg"}},
+             Case{false,
+                  true,
+                  true,
+                  Picture{"b.webp", 2, 3, true},
+                  "StopBatchQuestion",
+                  "without b.webp",
+                  {"waits for b.webp"}},
+             Case{false,
+                  true,
+                  true,
+                  Picture{"", 2, 3, true},
+                  "StopBatchQuestion",
+                  "without 2 of 3",
+                  {"waits for 2 of 3"}},
+         }) {
+        const auto view = open({10, 10}, c.isVideo);
+        DetailViewModel& vm = view->vm();
+        vm.isVideoProcessing.set(c.processing);
+        vm.isConverting.set(c.converting);
+        vm.batchPicture.set(c.picture);
+        EXPECT_EQ(view->progressLines(), c.lines);
+        int gone = 0;
+        const auto go = [&] { return view->asksFirst([&] { ++gone; }); };
+        ASSERT_EQ(go(), c.asks.has_value());
+        if (!c.asks) continue;
+        const auto answer = [&](std::size_t button) {
+            const AlertTypes question = *view->question.get();
+            EXPECT_EQ(question.title(), *c.asks);
+            EXPECT_EQ(question.message(), c.notice);
+            view->question.set(std::nullopt);
+            if (const auto action = question.buttons().at(button).action) action();
+        };
+        answer(1);
+        EXPECT_FALSE(view->isStopping.get() || gone > 0);
+        EXPECT_TRUE(go()) << "again";
+        answer(0);
+        EXPECT_TRUE(view->isStopping.get() && gone == 1);
+        EXPECT_FALSE(go()) << "the user has said yes";
+        EXPECT_THAT(view->progressLines(),
+                    ElementsAre(c.isVideo ? "StoppingVideo" : "StoppingBatch"));
+        vm.isConverting.set(false);
+        EXPECT_FALSE(view->isStopping.get());
+        vm.isConverting.set(true);
+        EXPECT_TRUE(go()) << "about the next work";
+        vm.isConverting.set(false);
+        EXPECT_FALSE(view->question.get()) << "it has ended by itself";
+    }
+}
+
 TEST_F(DetailViewTest, EitherSideOverTheLimitIsNoticed) {
     struct Case {
         PixelSize size;

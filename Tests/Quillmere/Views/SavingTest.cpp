@@ -1,4 +1,7 @@
+#include <cmath>
+
 #include "Quillmere/Views/Detail/ImageFormatSelectionView.h"
+#include "Tests/Awaited.h"
 #include "Tests/Quillmere/Views/DetailViewModelFixture.h"
 
 namespace quillmere {
@@ -6,6 +9,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
+using testing::UnorderedElementsAre;
 
 const Location sydney{-33.86, 151.2, -12, Date(std::chrono::seconds(1'700'000'000))};
 const Date taken(std::chrono::seconds(1'600'000'000));
@@ -37,6 +41,11 @@ protected:
     std::shared_ptr<FakeItemProvider> unreadable() {
         return item(Result<UIImage>(Error{"provider", 1, "lost"}));
     }
+    std::shared_ptr<FakeItemProvider> webP(Result<std::vector<std::byte>> data) {
+        auto provider = std::make_shared<FakeItemProvider>(*dispatch);
+        provider->data.emplace("org.webmproject.webp", std::move(data));
+        return provider;
+    }
 
     void open(std::optional<std::string> identifier) {
         model->prepare(FakeImageIO::picture({10, 10}), std::nullopt,
@@ -56,6 +65,9 @@ protected:
                     const std::optional<std::string>& identifier = {}) {
         std::vector<PHPickerResult> results;
         for (const auto& provider : providers) results.push_back(picked(identifier, provider));
+        startBatch(results);
+    }
+    void startBatch(const std::vector<PHPickerResult>& results) {
         model->prepare(FakeImageIO::picture({10, 10}), std::nullopt, results);
         model->selectedStyle.set(EnhanceStyle::high);
         model->videoProgress.set(0);
@@ -64,11 +76,14 @@ protected:
     void runBatch(const std::vector<std::shared_ptr<FakeItemProvider>>& providers,
                   const std::optional<std::string>& identifier = {}) {
         startBatch(providers, identifier);
-        EXPECT_TRUE(model->isVideoProcessing.get() && model->isConverting.get());
-        EXPECT_TRUE(application.idleTimerDisabled);
+        expectABatch(true);
         pumpUntil([this] { return model->videoProgress.get() == -1.0F; });
-        EXPECT_FALSE(model->isVideoProcessing.get() || model->isConverting.get());
-        EXPECT_FALSE(application.idleTimerDisabled);
+        expectABatch(false);
+    }
+    void expectABatch(bool isRunning) {
+        EXPECT_EQ(model->isVideoProcessing.get(), isRunning);
+        EXPECT_EQ(model->isConverting.get(), isRunning);
+        EXPECT_EQ(application.idleTimerDisabled, isRunning);
     }
 };
 
@@ -204,10 +219,8 @@ TEST_F(SavingTest, ABatchConvertsEveryPictureAfreshAndSaysThatItIsDone) {
     const auto watching =
         model->videoProgress.subscribe([&](float value) { progress.push_back(value); });
     userDefaults.integers["preserveLocationKey"] = 1;
-    auto webP = std::make_shared<FakeItemProvider>(*dispatch);
-    webP->data.emplace("org.webmproject.webp", FakeImageIO::bytesOf("webp 8x6"));
     auto turned = item(FakeImageIO::picture({10, 20}, UIImageOrientation::right));
-    runBatch({good(), webP, turned}, "A");
+    runBatch({good(), webP(FakeImageIO::bytesOf("webp 8x6")), turned}, "A");
 
     ASSERT_EQ(library.savedAssets().size(), 3u);
     EXPECT_EQ(library.savedAssets()[1].data, FakeImageIO::bytesOf("jpeg 16x12"));
@@ -222,6 +235,190 @@ TEST_F(SavingTest, ABatchConvertsEveryPictureAfreshAndSaysThatItIsDone) {
     EXPECT_THAT(lines("event"), ElementsAre("event ShowDetail"));
     EXPECT_EQ(userDefaults.integers["reviewCountKey"], 0);
     EXPECT_FALSE(model->isShowShare.get() || model->hasConvertedImage());
+}
+
+TEST_F(SavingTest, EachPictureOfABatchHasItsOwnDateAndTheStyleAndFormatOfItsTurn) {
+    PHAsset other;
+    other.localIdentifier = "B";
+    other.location = Location{1, 2, 3, taken};
+    library.add(other);
+    userDefaults.integers["preserveCreationDateKey"] = 1;
+    userDefaults.integers["preserveLocationKey"] = 1;
+    // What the user changes while each is converted.
+    struct Change {
+        EnhanceStyle style;
+        std::int64_t format;
+    };
+    const Change changes[] = {
+        {EnhanceStyle::godHigh, 2}, {EnhanceStyle::oniHigh, 1}, {EnhanceStyle::high, 0}};
+    std::vector<EnhanceStyle> styles;
+    const auto usual = enhance;
+    enhance = [&](EnhanceStyle style, const UIImage& image, const TileEngine::Progress& progress,
+                  const TileEngine::Completion& completion) {
+        EXPECT_FALSE(progress);
+        const Change& change = changes[styles.size()];
+        styles.push_back(style);
+        model->selectedStyle.set(change.style);
+        userDefaults.setInteger(change.format, "imageFormatKey");
+        for (const char* key : {"preserveCreationDateKey", "preserveLocationKey"}) {
+            userDefaults.setBool(false, key);
+        }
+        usual(style, image, progress, completion);
+    };
+    startBatch({picked("A", good()), picked("B", good()), picked(std::nullopt, good())});
+    pumpUntil([this] { return model->videoProgress.get() == -1.0F; });
+
+    EXPECT_THAT(styles,
+                ElementsAre(EnhanceStyle::high, EnhanceStyle::godHigh, EnhanceStyle::oniHigh));
+    const auto saved = library.savedAssets();
+    ASSERT_EQ(saved.size(), 3u);
+    const char* types[] = {"public.png", "public.heic", "public.jpeg"};
+    const std::optional<Date> dates[] = {taken, {}, {}};
+    const std::optional<Location> places[] = {sydney, other.location, {}};
+    for (std::size_t i = 0; i < saved.size(); ++i) {
+        EXPECT_EQ(saved[i].typeIdentifier, types[i]) << i;
+        EXPECT_EQ(saved[i].creationDate, dates[i]) << i;
+        EXPECT_EQ(saved[i].location, places[i]) << i;
+    }
+    EXPECT_EQ(lines("boolForKey").size(), 2u) << "the switches hold for the whole batch";
+}
+
+TEST_F(SavingTest, APictureOfWhichNothingComesHoldsABatchUntilItIsStopped) {
+    struct Case {
+        const char* name;
+        std::shared_ptr<FakeItemProvider> second;
+    };
+    enhance = [usual = enhance](EnhanceStyle style, const UIImage& image,
+                                const TileEngine::Progress& progress,
+                                const TileEngine::Completion& completion) {
+        if (image.size().width == 2) return completion(std::nullopt, std::nullopt);
+        usual(style, image, progress, completion);
+    };
+    for (const Case& c :
+         {Case{"a failed load", webP(Error{"provider", 1, "lost"})},
+          Case{"undecodable data", webP(FakeImageIO::bytesOf("rubbish"))},
+          Case{"neither data nor a picture", std::make_shared<FakeItemProvider>(*dispatch)},
+          Case{"the engine's silent end", good({2, 2})}}) {
+        SCOPED_TRACE(c.name);
+        c.second->name = "second.webp";
+        const std::size_t before = library.savedAssets().size();
+        startBatch({good(), c.second, good()});
+        const auto picture = [this] { return model->batchPicture.get(); };
+        pumpUntil(
+            [&] { return (picture() && picture()->isHeld) || !model->isVideoProcessing.get(); });
+        ASSERT_TRUE(picture());
+        EXPECT_EQ(picture()->name, "second.webp");
+        EXPECT_EQ(picture()->number, 2u);
+        EXPECT_EQ(picture()->count, 3u);
+        expectABatch(true);
+        EXPECT_EQ(model->videoProgress.get(), 1 / 3.0F);
+        EXPECT_EQ(library.savedAssets().size(), before + 1);
+
+        model->stopWork();
+        pumpUntil([this] { return !model->isVideoProcessing.get(); });
+        expectABatch(false);
+        EXPECT_FALSE(model->alert.get() || picture());
+        EXPECT_EQ(library.savedAssets().size(), before + 1);
+    }
+    runBatch({good(), good()});
+}
+
+TEST_F(SavingTest, AStoppedBatchFinishesThePictureInWork) {
+    struct Case {
+        std::size_t stopsIn;  // of two pictures
+        std::optional<std::string> message;
+    };
+    for (const Case& c : {Case{1, std::nullopt}, Case{2, ""}}) {
+        std::size_t begun = 0;
+        Awaited<bool> isInWork;
+        Awaited<bool> mayGoOn;
+        const auto usual = enhance;
+        enhance = [&](EnhanceStyle style, const UIImage& image,
+                      const TileEngine::Progress& progress,
+                      const TileEngine::Completion& completion) {
+            if (++begun == c.stopsIn) {
+                isInWork.set(true);
+                mayGoOn.get();
+            }
+            usual(style, image, progress, completion);
+        };
+        model->alert.set(std::nullopt);
+        const std::size_t before = library.savedAssets().size();
+        startBatch({good(), good()});
+        isInWork.get();
+        model->stopWork();
+        pump();
+        expectABatch(true);
+        mayGoOn.set(true);
+        pumpUntil([this] { return !model->isVideoProcessing.get(); });
+        expectABatch(false);
+        EXPECT_EQ(library.savedAssets().size() - before, c.stopsIn);
+        EXPECT_EQ(alertMessage(), c.message) << "that all is saved";
+        enhance = usual;
+    }
+}
+
+TEST_F(SavingTest, ABatchWhoseScreenHasGoneNeitherKeepsTheMachineAwakeNorDisturbsTheNext) {
+    Awaited<bool> isInWork;
+    Awaited<bool> mayGoOn;
+    Awaited<bool> mayEnd;
+    const auto usual = enhance;
+    enhance = [&](EnhanceStyle style, const UIImage& image, const TileEngine::Progress& progress,
+                  const TileEngine::Completion& completion) {
+        if (image.size().width == 1) {
+            isInWork.set(true);
+            mayGoOn.get();
+        } else {
+            mayEnd.get();
+        }
+        usual(style, image, progress, completion);
+    };
+    startBatch({good({1, 1}), good()});
+    isInWork.get();
+    model->abandonWork();
+    EXPECT_FALSE(application.idleTimerDisabled);
+    const std::weak_ptr<DetailViewModel> gone = model;
+    model = std::make_shared<DetailViewModel>(ports());
+    startBatch({good(), good()});
+    mayGoOn.set(true);
+    while (!gone.expired()) pump();
+    pump();
+    EXPECT_EQ(library.savedAssets().size(), 1u) << "the picture in work, and none after it";
+    expectABatch(true);
+    mayEnd.set(true);
+    pumpUntil([this] { return !model->isVideoProcessing.get(); });
+    EXPECT_EQ(library.savedAssets().size(), 3u);
+
+    // Of one that is held, no thread is left waiting: the test ends.
+    startBatch({webP(FakeImageIO::bytesOf("rubbish")), good()});
+    pumpUntil([this] { return model->batchPicture.get() && model->batchPicture.get()->isHeld; });
+    model->abandonWork();
+    model.reset();
+}
+
+TEST_F(SavingTest, EachFailedTileOfAPictureInABatchCounts) {
+    enhance = [usual = enhance](EnhanceStyle style, const UIImage& image,
+                                const TileEngine::Progress& progress,
+                                const TileEngine::Completion& completion) {
+        if (image.size().width != 2) return usual(style, image, progress, completion);
+        completion(std::nullopt, "first");
+        completion(std::nullopt, "second");
+    };
+    const auto watching = model->videoProgress.subscribe([&](float value) {
+        if (value > 0) log.record("progress " + std::to_string(std::lround(value * 3)));
+    });
+    const auto alerts = model->alert.subscribe([&](const std::optional<AlertTypes>& alert) {
+        if (alert) log.record("alert " + alert->message().value_or(std::string()));
+    });
+    // The end may come before the last picture, as each failure leaves the group; and a failure
+    // tells its progress at once, while that of a save has to go by the main queue.
+    startBatch({good(), good({2, 2}), good()});
+    pumpUntil([&] { return lines("progress").size() == 4 && !model->isVideoProcessing.get(); });
+    EXPECT_THAT(lines("progress"),
+                UnorderedElementsAre("progress 1", "progress 2", "progress 3", "progress 4"));
+    EXPECT_THAT(lines("alert"), ElementsAre("alert first", "alert second"))
+        << "and not that all is saved";
+    EXPECT_EQ(library.savedAssets().size(), 2u);
 }
 
 TEST_F(SavingTest, EachFailureInABatchLeavesTheOthersAlone) {

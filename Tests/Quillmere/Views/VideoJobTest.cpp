@@ -1,5 +1,6 @@
 // Video jobs of the detail screen over fakes: what the user sees of each, and in which order.
 #include "Quillmere/Models/Services/Notifications.h"
+#include "Tests/Awaited.h"
 #include "Tests/Fakes/FakeAudioToolbox.h"
 #include "Tests/Fakes/FakeCoreImage.h"
 #include "Tests/Fakes/FakeCrashLog.h"
@@ -94,6 +95,15 @@ TEST_F(VideoJobTest, EachEndTellsItsEventAndFlagsInOrderAndShowsWhatItMust) {
                   {"event SaveVideoCanceled Style=0", "processing off", "progress 0.000000",
                    "converting off"},
                   "CanceledToSaveVideo"},
+             Case{"stop",
+                  [&] {
+                      avFoundation.beforeCopy = [&](AVMediaType type, std::size_t index) {
+                          if (type == AVMediaType::video && index == 2) model->stopWork();
+                      };
+                  },
+                  {"event SaveVideoCanceled Style=0", "processing off", "progress 0.000000",
+                   "converting off"},
+                  "CanceledToSaveVideo"},
              Case{"failure", [&] { avFoundation.readerError = bad; }, failure, "bad"},
              Case{"small source under the high limit", limitIsHigh, failure, "bad"},
              Case{"large source under the high limit", sourceIsLarge, failure,
@@ -120,6 +130,7 @@ TEST_F(VideoJobTest, EachEndTellsItsEventAndFlagsInOrderAndShowsWhatItMust) {
         EXPECT_THAT(lines("event Try", start), ElementsAre("event TrySaveVideo Style=0"));
         avFoundation.beforeCopy = {};
     }
+    EXPECT_EQ(model->originalVideoSize, (Size{4, 2}));
     EXPECT_EQ(model->outputVideoUrl->parent_path(), "/temporary/Videos");
     EXPECT_EQ(avFoundation.written().count(*model->outputVideoUrl), 1u);
 }
@@ -170,6 +181,28 @@ TEST_F(VideoJobTest, AJobThatCanNotStartChangesNothingOrSaysWhyAndLeavesTheMachi
         EXPECT_EQ(lines("event", start).size(), c.tries ? 1u : 0u);
         EXPECT_THAT(lines("startWriting"), IsEmpty());
     }
+}
+
+TEST_F(VideoJobTest, AJobWhoseScreenHasGoneLeavesTheMachineToSleep) {
+    Awaited<bool> isInWork;
+    Awaited<bool> mayGoOn;
+    Awaited<bool> goesOn;
+    avFoundation.beforeCopy = [&](AVMediaType type, std::size_t index) {
+        if (type != AVMediaType::video || index != 2) return;
+        isInWork.set(true);
+        goesOn.set(mayGoOn.get());
+    };
+    model->startVideoSave();
+    isInWork.get();
+    EXPECT_TRUE(application.idleTimerDisabled);
+    notificationCenter.post(cancelSaveVideo);
+    model->abandonWork();
+    EXPECT_FALSE(application.idleTimerDisabled);
+    model.reset();
+    mayGoOn.set(true);
+    goesOn.get();
+    pump();
+    EXPECT_THAT(lines("event Save"), IsEmpty());
 }
 
 TEST_F(VideoJobTest,
