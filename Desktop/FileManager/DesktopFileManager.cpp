@@ -92,16 +92,7 @@ void flushFolder(const fs::path& folder) {
     if (opened.isOpen()) fsync(opened.number());
 }
 
-/// The system's, or the one that each system has.
-fs::path systemTemporaryFolder() {
-    std::error_code none;
-    const fs::path folder = fs::temp_directory_path(none);
-    return none ? "/tmp" : folder;
-}
-
 }  // namespace
-
-DesktopFileManager::DesktopFileManager() : temporary_(systemTemporaryFolder()) {}
 
 Result<std::vector<std::byte>> DesktopFileManager::contentsOfFile(const fs::path& path) {
     const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));

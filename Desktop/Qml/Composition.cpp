@@ -43,7 +43,6 @@ Result<Composition*> Composition::make(const std::optional<ProjectSettings>& edi
 
 Composition::Composition(std::unique_ptr<DesktopPlatform> platform)
     : platform_(std::move(platform)),
-      mail_(!platform_->projectSettings().supportAddress.empty()),
       shareSheet_(platform_->fileManager(), platform_->imageIO(), platform_->localization(),
                   alert_) {
     pumpMainQueue();
@@ -70,6 +69,15 @@ Composition::Composition(std::unique_ptr<DesktopPlatform> platform)
     bridge_ = std::make_unique<AppBridge>(
         HomeBridge::Ports{*home_, *waysIn_, *p.photoLibrary(), p.imageIO(), p.graphics()},
         screens(), p.userDefaults(), p.localization(), p.bundles(), shareSheet_, alert_);
+    p.consent().setAskUser([this](UIViewController&, const std::function<void(bool)>& answered) {
+        const Localization& texts = platform_->localization();
+        alert_.alert.set(AlertTypes::twoButton(
+            texts.localizedString("ConsentTitle"), texts.localizedString("ConsentMessage"),
+            {texts.localizedString("ConsentAllow"), AlertButton::Role::standard,
+             [answered] { answered(true); }},
+            {texts.localizedString("ConsentRefuse"), AlertButton::Role::cancel,
+             [answered] { answered(false); }}));
+    });
 }
 
 void Composition::pumpMainQueue() {

@@ -208,6 +208,62 @@ TEST_F(WaysOutWindowTest, FourEscapesCloseTheShareScreenOnceAndGiveTheKeyboardBa
                   "share_view_displayed variant=enhanced", "abtest_impression variant=enhanced"});
 }
 
+TEST_F(WaysOutWindowTest, WhatWasHandedOutIsThereAfterTheWayHome) {
+    const auto copied = [&](const char* button) {
+        EXPECT_TRUE(app.click(text(button)));
+        EXPECT_TRUE(app.click(text("ShareCopy")));
+        EXPECT_TRUE(app.waitUntil([&] { return !sheet().isShown(); }));
+        const auto urls = QGuiApplication::clipboard()->mimeData()->urls();
+        return urls.isEmpty() ? QString() : urls[0].toLocalFile();
+    };
+    const auto goHome = [&] {
+        ASSERT_TRUE(app.waitUntil([&] {
+            app.press(Qt::Key_Escape);
+            return app.find(text("TrySample")) != nullptr;
+        }));
+    };
+    app.saveSample();
+    const QString picture = copied("ShareImage");
+    goHome();
+    EXPECT_EQ(QImage(picture).size(), QSize(1804, 1200));
+
+    const auto clip = testHome() / "clip.mp4";
+    outputOf("ffmpeg -v error -f lavfi -i testsrc=size=64x48:rate=5:duration=1 " + clip.string());
+    app.bridge().home()->open({QUrl::fromLocalFile(QString::fromStdString(clip.string()))});
+    ASSERT_TRUE(app.click(text("Convert")));
+    const QString video = copied("Share");
+    goHome();
+    EXPECT_GT(QFileInfo(video).size(), 1000);
+}
+
+TEST_F(WaysOutWindowTest, TheOtherApplicationIsOfferedWhenTheSystemHasToldOfIt) {
+    const fs::path asked = testHome() / "asked", answer = testHome() / "answer";
+    ASSERT_EQ(mkfifo(answer.c_str(), 0600), 0);
+    writeProgram("xdg-mime", "echo \"$3\" >>'" + asked.string() + "'\nread told <'" +
+                                 answer.string() + "'\necho \"$told\"");
+    app.saveSample();
+    ASSERT_TRUE(app.waitUntil([&] { return app.find(text("SendMessage")) != nullptr; }));
+    EXPECT_EQ(app.find("Instagram"), nullptr);
+    int pipe = -1;
+    ASSERT_TRUE(app.waitUntil([&] {
+        pipe = open(answer.c_str(), O_WRONLY | O_NONBLOCK);  // once the program reads
+        return pipe >= 0;
+    }));
+    EXPECT_EQ(write(pipe, "other.desktop\n", 14), 14);
+    close(pipe);
+    ASSERT_TRUE(app.click("Instagram"));
+    ASSERT_TRUE(app.waitUntil([&] { return !opened.urls.empty() && sheet().isShown(); }));
+    const QString file = QUrlQuery(opened.urls[0]).queryItemValue("AssetPath");
+    EXPECT_TRUE(file.endsWith(".igo") && QFileInfo::exists(file)) << file.toStdString();
+    ASSERT_TRUE(app.click(text("Cancel")));
+    ASSERT_TRUE(app.waitUntil([&] { return app.find(text("Cancel")) == nullptr; }));
+    app.press(Qt::Key_Escape);
+    ASSERT_TRUE(app.waitUntil([&] { return app.find("Instagram") == nullptr; }));
+    ASSERT_TRUE(app.click(text("Save")));
+    ASSERT_TRUE(app.waitUntil([&] { return app.find("Instagram") != nullptr; }));
+    EXPECT_EQ(linesOf(asked), std::vector<std::string>{"x-scheme-handler/instagram"});
+}
+
 TEST_F(WaysOutWindowTest, TheKeyboardAloneLeadsToEachRowOfTheSettingsAndOut) {
     pressByKey(text("Settings"));
     ASSERT_TRUE(app.waitUntil([&] { return app.bridge().settings() != nullptr; }));
@@ -257,6 +313,9 @@ TEST_F(WaysOutWindowTest, AnInquiryIsSentAndOneThatFailsIsKept) {
         server().answer(path, status, {}, "");
         send("error code: " + QString::number(status));
     }
+    server().answer(path, 302, {{"Location", "http://store.example/"}}, "");
+    send(app.bridge().text("The server %@ redirects to an address that is not secure.",
+                           QUrl(qt(server().url(""))).host()));
     for (const char* cutOff : {"", "SSH-2.0-OpenSSH\r\n"}) {
         server().answerRaw(path, cutOff);
         send(text("Error"));
@@ -267,7 +326,7 @@ TEST_F(WaysOutWindowTest, AnInquiryIsSentAndOneThatFailsIsKept) {
     server().answer(path, 200, {}, "");
     send(text("SuccessToInquiry"));
     EXPECT_TRUE(app.waitUntil([&] { return app.bridge().report() == nullptr; }));
-    ASSERT_EQ(server().requests().size(), 5u);
+    ASSERT_EQ(server().requests().size(), 6u);
     for (const auto& request : server().requests()) {
         EXPECT_EQ(request.method, "POST");
         EXPECT_EQ(request.target, path + "?title=Q&desc=why&");

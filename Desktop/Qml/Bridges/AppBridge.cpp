@@ -1,7 +1,6 @@
 #include "Desktop/Qml/Bridges/AppBridge.h"
 
 #include <QColor>
-#include <QVariantMap>
 #include <numbers>
 #include <utility>
 
@@ -79,6 +78,15 @@ QVariantMap AppBridge::loadingMeasures() const {
             {"contentBlurRadius", LoadingView::contentBlurRadius}};
 }
 
+QVariantMap AppBridge::offers() const {
+    const ProjectSettings& edition = screens_.share.settings;
+    return {{"mail", !edition.supportAddress.empty()},
+            {"inquiry", !edition.inquiryEndpoint.empty()},
+            {"invitation", !edition.storeLink.empty()},
+            {"review", !edition.reviewLink.empty()},
+            {"moreApps", !edition.makerStorePage.empty()}};
+}
+
 QUrl AppBridge::sampleAt(const HomeView::Sample& sample) const {
     const auto file = bundles_.bundleForClass("HomeView").urlForResource(sample.resource, "png");
     return file ? QUrl::fromLocalFile(qt(file->string())) : QUrl();
@@ -144,7 +152,6 @@ void AppBridge::updateShare() {
     letGo(share_);
     if (shows) {
         share_ = std::make_unique<ShareBridge>(screens_.share, *detail_->view().result());
-        share_->appear();
     }
     emit shareChanged();
 }

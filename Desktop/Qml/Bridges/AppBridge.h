@@ -2,6 +2,7 @@
 #pragma once
 
 #include <QVariantList>
+#include <QVariantMap>
 #include <memory>
 
 #include "Base/FormatString.h"
@@ -38,6 +39,9 @@ class AppBridge final : public Bridge {
     /// The measures that the logic gives the overlays of work, by their names there.
     Q_PROPERTY(QVariantMap conversionMeasures READ conversionMeasures CONSTANT)
     Q_PROPERTY(QVariantMap loadingMeasures READ loadingMeasures CONSTANT)
+    /// Which ways out lead anywhere in this edition, so that screens show no others: "mail",
+    /// "inquiry", "invitation", "review", "moreApps".
+    Q_PROPERTY(QVariantMap offers READ offers CONSTANT)
 
 public:
     /// How the application puts a screen together.
@@ -67,6 +71,7 @@ public:
     QVariantList moreApps() const;
     QVariantMap conversionMeasures() const;
     QVariantMap loadingMeasures() const;
+    QVariantMap offers() const;
     QString appearance() const { return qEnvironmentVariable("QUILLMERE_APPEARANCE"); }
     QUrl sampleIllustration() const { return sampleAt(HomeView::illustration); }
     QUrl samplePhoto() const { return sampleAt(HomeView::photo); }

@@ -5,6 +5,8 @@ Pressable {
     id: button
 
     property string symbol
+    property color symbolColor: textColor
+    property bool symbolFilled: false
     property bool prominent: false
     property bool round: false
     // The text may become as small as this before it is cut off.
@@ -29,7 +31,8 @@ Pressable {
             Symbol {
                 visible: button.symbol !== ""
                 name: button.symbol
-                color: button.textColor
+                color: button.symbolColor
+                filled: button.symbolFilled
                 anchors.verticalCenter: parent.verticalCenter
             }
             Text {

@@ -18,6 +18,21 @@ FocusScope {
     Accessible.role: Accessible.Dialog
     Accessible.name: App.text("CompletedToSave")
 
+    readonly property bool enhanced: share !== null && share.isEnhanced
+
+    component Saved: Text {
+        Layout.fillWidth: true
+        text: App.text("CompletedToSave")
+        color: Theme.text
+        font.pixelSize: Theme.title
+        font.weight: Font.Bold
+        wrapMode: Text.Wrap
+        horizontalAlignment: Text.AlignHCenter
+        Accessible.role: Accessible.Heading
+        Accessible.name: text
+    }
+    component ButtonSpring: Spring { response: 0.6; dampingFraction: 0.7 }
+
     Rectangle {
         id: dim
         anchors.fill: parent
@@ -38,25 +53,17 @@ FocusScope {
                 radius: Theme.radiusL
                 color: Theme.background
                 clip: true
+                Component.onCompleted: overlay.share.appear()
                 Blocker { }
                 ColumnLayout {
                     anchors { fill: parent; margins: Theme.xl }
                     spacing: Theme.m
-                    Text {
-                        Layout.fillWidth: true
-                        text: App.text("CompletedToSave")
-                        color: Theme.text
-                        font.pixelSize: Theme.title
-                        font.weight: Font.Bold
-                        wrapMode: Text.Wrap
-                        horizontalAlignment: Text.AlignHCenter
-                        Accessible.role: Accessible.Heading
-                        Accessible.name: text
-                    }
+                    Saved { visible: overlay.enhanced }
                     Item {
                         Layout.fillWidth: true
                         Layout.fillHeight: true
                         Layout.minimumHeight: 60
+                        Layout.bottomMargin: overlay.enhanced ? Theme.l : check.height + Theme.m
                         PictureItem {
                             id: picture
                             readonly property real fit: overlay.share
@@ -76,20 +83,35 @@ FocusScope {
                             }
                         }
                         Rectangle {
-                            // The check mark springs in.
-                            anchors { horizontalCenter: picture.horizontalCenter; verticalCenter: picture.bottom }
+                            // Rounds the picture's corners, by what lies around it.
+                            readonly property int around: 8
+                            visible: overlay.enhanced
+                            anchors { fill: picture; margins: -around }
+                            radius: Theme.radiusM + around
+                            color: "transparent"
+                            border { color: Theme.background; width: around }
+                        }
+                        Rectangle {
+                            id: check
+                            anchors.horizontalCenter: picture.horizontalCenter
+                            y: picture.y + picture.height + (overlay.enhanced ? -height / 2 : Theme.s)
                             width: 44; height: 44; radius: 22
                             color: Theme.good
                             border { color: Theme.background; width: 3 }
                             scale: overlay.share ? overlay.share.iconScale : 0
-                            Behavior on scale { SpringAnimation { spring: 4; damping: 0.35 } }
+                            Behavior on scale {
+                                SequentialAnimation {
+                                    PauseAnimation { duration: overlay.enhanced ? 0 : 500 }
+                                    Spring { response: overlay.enhanced ? 0.6 : 0.5; dampingFraction: overlay.enhanced ? 0.6 : 1 }
+                                }
+                            }
                             Symbol { anchors.centerIn: parent; name: "check"; color: "#ffffff" }
                         }
                     }
+                    Saved { visible: !overlay.enhanced }
                     Text {
-                        visible: overlay.share !== null && overlay.share.isEnhanced
+                        visible: overlay.enhanced
                         Layout.fillWidth: true
-                        Layout.topMargin: Theme.l
                         text: App.text("EncourageShareImage")
                         color: Theme.secondaryText
                         font.pixelSize: Theme.body
@@ -98,13 +120,12 @@ FocusScope {
                     }
                     PlainButton {
                         Layout.fillWidth: true
-                        Layout.topMargin: overlay.share && !overlay.share.isEnhanced ? Theme.l : 0
                         prominent: true
                         symbol: "share"
                         focus: true
-                        text: App.text(overlay.share && overlay.share.isEnhanced ? "ShareImage" : "Share")
+                        text: App.text(overlay.enhanced ? "ShareImage" : "Share")
                         scale: overlay.share && overlay.share.showsButtons ? 1 : 0.8
-                        Behavior on scale { SpringAnimation { spring: 4; damping: 0.4 } }
+                        Behavior on scale { ButtonSpring { } }
                         onClicked: overlay.share.shareImageTapped()
                     }
                     RowLayout {
@@ -113,9 +134,9 @@ FocusScope {
                         opacity: overlay.share && overlay.share.showsButtons ? 1 : 0
                         transform: Translate {
                             y: overlay.share && overlay.share.showsButtons ? 0 : 20
-                            Behavior on y { SpringAnimation { spring: 4; damping: 0.4 } }
+                            Behavior on y { ButtonSpring { } }
                         }
-                        Behavior on opacity { NumberAnimation { duration: Theme.calm } }
+                        Behavior on opacity { ButtonSpring { } }
                         spacing: Theme.m
                         Repeater {
                             model: overlay.share ? overlay.share.options : []
@@ -123,7 +144,10 @@ FocusScope {
                                 required property string modelData
                                 Layout.fillWidth: true
                                 Layout.preferredWidth: 1
-                                symbol: modelData === "message" ? "bubble" : modelData === "other" ? "more" : "photo"
+                                symbol: modelData === "message" ? "bubble" : modelData === "other" ? "more" : "camera"
+                                symbolFilled: modelData !== "other"
+                                symbolColor: modelData === "message" ? "#34c759"
+                                    : modelData === "other" ? Theme.secondaryText : "#e1306c"
                                 text: modelData === "message" ? App.text("SendMessage")
                                     : modelData === "other" ? App.text("ShareOther") : "Instagram"
                                 onClicked: overlay.share.optionTapped(modelData)
@@ -131,17 +155,21 @@ FocusScope {
                         }
                     }
                     PlainButton {
+                        visible: App.offers.invitation
                         Layout.fillWidth: true
-                        symbol: overlay.share && overlay.share.isEnhanced ? "people" : "share"
+                        symbol: overlay.enhanced ? "people" : "share"
+                        symbolFilled: overlay.enhanced
                         text: App.text("ShareToFriends")
                         onClicked: overlay.share.shareToFriendsTapped()
                     }
                     Text {
+                        visible: App.offers.moreApps
                         text: App.text("MoreApps")
                         color: Theme.secondaryText
                         font.pixelSize: Theme.caption
                     }
                     RowLayout {
+                        visible: App.offers.moreApps
                         Layout.fillWidth: true
                         spacing: Theme.m
                         Repeater {
