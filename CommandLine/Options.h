@@ -54,7 +54,8 @@ struct VideoOptions {
     std::filesystem::path input;
     std::optional<std::filesystem::path> output;  // a file or a folder, as given
     EnhanceStyle style = EnhanceStyle::rapidHQ;
-    std::optional<int> limit;  // 1024 or 2048; the stored choice where there is none
+    std::optional<int> limit;    // 1024 or 2048; the stored choice where there is none
+    std::optional<int> quality;  // 1 to 100; the source's data rate where there is none
     bool force = false;
     bool json = false;
     bool quiet = false;

@@ -118,6 +118,9 @@ VideoCommand::Ending VideoCommand::encode(const VideoPlan& plan, const fs::path&
         *platform_.avFoundation(), *platform_.audioToolbox(), platform_.videoToolbox(),
         platform_.coreImage(), dispatch, platform_.fileManager(), platform_.crashLog(),
         platform_.device(), platform_.localization(), console_});
+    if (options_.quality) {
+        processor->setVideoQuality(static_cast<float>(*options_.quality) / 100);
+    }
     processor->setProgressHandler([job](float fraction) {
         // The end of a job goes back to 0, which nobody needs to see.
         if (fraction > job->fraction) job->fraction = fraction;
