@@ -3,6 +3,8 @@
 
 #include <CLI/CLI.hpp>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "CommandLine/Options.h"
 
@@ -18,7 +20,7 @@ public:
     /// Whether this is the command that the user called.
     bool wasCalled() const { return command_->parsed(); }
 
-    /// What the user asked for; a `Message` where the arguments contradict each other.
+    /// What the user asked for; an `Error` where the arguments contradict each other.
     virtual Command command() = 0;
 
 protected:
@@ -31,9 +33,9 @@ private:
     CLI::App* command_;
 };
 
-/// For a wrong call: the sentence, and where to read on.
-inline Message usageMessage(const std::string& sentence) {
-    return {"quillmere-cli: " + sentence + "\nquillmere-cli --help says how to call it.\n", 2};
+/// Of a wrong call.
+inline Error usageError(std::string sentence, std::vector<std::string> values = {}) {
+    return {"quillmere.commandline", 2, std::move(sentence), std::move(values)};
 }
 
 /// "heic, jpg, png"

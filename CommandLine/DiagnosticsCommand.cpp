@@ -90,19 +90,18 @@ void printJson(const EventRecord& events, const std::vector<PastRun>& runs) {
 
 }  // namespace
 
-int showDiagnostics(const DiagnosticsOptions& options,
-                    const std::optional<std::filesystem::path>& folder) {
+Result<void> showDiagnostics(const DiagnosticsOptions& options,
+                             const std::optional<std::filesystem::path>& folder) {
     if (!folder) {
-        std::fputs("quillmere-cli: There is no folder for records; set HOME or XDG_STATE_HOME.\n",
-                   stderr);
-        return 1;
+        return Error{"quillmere.commandline", 1,
+                     "There is no folder for records; set HOME or XDG_STATE_HOME."};
     }
     const std::vector<PastRun> runs = RunFolder(*folder).runs();
     std::error_code ignored;
     EventRecord events{*folder / EventFile::name, false};
     events.exists = std::filesystem::exists(events.path, ignored);
     options.json ? printJson(events, runs) : printText(events, runs);
-    return 0;
+    return {};
 }
 
 }  // namespace quillmere::cli

@@ -22,27 +22,31 @@ std::map<std::string, PictureFormat> formatsByName() {
 }
 
 /// What CLI11 can't see: options that don't go together.
-std::optional<std::string> contradiction(const EnhanceOptions& options) {
+std::optional<Error> contradiction(const EnhanceOptions& options) {
     if (options.style == EnhanceStyle::rapidHQ) {
-        return "The style rapidHQ is for videos; choose another one for pictures.";
+        return usageError("The style rapidHQ is for videos; choose another one for pictures.");
     }
     if (options.library && options.output) {
-        return "With --library the photo library names the results; leave out either it or -o.";
+        return usageError(
+            "With --library the photo library names the results; leave out either it or -o.");
     }
     std::error_code ignored;
     if (!options.output || std::filesystem::is_directory(*options.output, ignored)) return {};
     const std::string name = options.output->string();
     if (options.inputs.size() > 1 || !options.output->has_filename()) {
-        return "There is no folder " + name + "; make it first, or name a file for one input.";
+        return usageError("There is no folder %@; make it first, or name a file for one input.",
+                          {name});
     }
     const auto asked = formatOfExtension(*options.output);
     if (!asked && options.output->has_extension() && !options.format) {
-        return "Quillmere can't write " + options.output->extension().string() +
-               " files; end the name in .jpg, .heic or .png, or add --format.";
+        return usageError(
+            "Quillmere can't write %@ files; end the name in .jpg, .heic or .png, or add --format.",
+            {options.output->extension().string()});
     }
     if (asked && options.format && asked != options.format) {
-        return "The name " + options.output->filename().string() + " and --format " +
-               std::string(formatName(*options.format)) + " ask for different formats.";
+        return usageError(
+            "The name %@ and --format %@ ask for different formats.",
+            {options.output->filename().string(), std::string(formatName(*options.format))});
     }
     return {};
 }
@@ -98,7 +102,7 @@ Command EnhanceArguments::command() {
     if (!keepDateOption_->empty()) options_.keepDate = keepDate_;
     if (!keepLocationOption_->empty()) options_.keepLocation = keepLocation_;
     if (!format_.empty()) options_.format = formats_.at(format_);
-    if (const auto wrong = contradiction(options_)) return usageMessage(*wrong);
+    if (const auto wrong = contradiction(options_)) return *wrong;
     return options_;
 }
 

@@ -10,6 +10,7 @@
 #include "Desktop/Application/HeadlessApplication.h"
 #include "Desktop/Photos/FileRecord.h"
 #include "Quillmere/Models/Services/AssetRequest.h"
+#include "Quillmere/Models/Services/LocalizedReason.h"
 #include "Quillmere/Models/Services/PreferenceKeys.h"
 
 namespace quillmere::cli {
@@ -17,7 +18,9 @@ namespace {
 
 constexpr std::chrono::milliseconds redrawInterval{500};
 
-Error failure(std::string sentence) { return {"quillmere.commandline", 1, std::move(sentence)}; }
+Error failure(std::string sentence, std::vector<std::string> values = {}) {
+    return {"quillmere.commandline", 1, std::move(sentence), std::move(values)};
+}
 
 }  // namespace
 
@@ -116,7 +119,7 @@ void EnhanceCommand::keepRedrawing(const std::weak_ptr<Job>& job) {
 
 void EnhanceCommand::fail(const std::filesystem::path& input, const Error& error) {
     save_.finish();
-    reporter_.failed(input, error.localizedDescription);
+    reporter_.failed(input, localizedReason(error, platform_.localization()));
     allDone_ = false;
 }
 
@@ -137,9 +140,10 @@ Result<UIImage> EnhanceCommand::enlarge(const std::filesystem::path& input,
     // A picture with holes is no result: one failed tile fails the file.
     if (firstFailure) return failure(*firstFailure);
     if (!result) {
-        return failure("The network of the style " + std::string(displayKey(options_.style)) +
-                       " could not be loaded. Call ./run in Quillmere's folder, which fetches "
-                       "what is missing, or install Quillmere again.");
+        return failure(
+            "The network of the style %@ could not be loaded. Call ./run in Quillmere's folder, "
+            "which fetches what is missing, or install Quillmere again.",
+            {std::string(displayKey(options_.style))});
     }
     return *std::move(result);
 }

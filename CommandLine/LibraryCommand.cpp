@@ -4,18 +4,15 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "Base/Invariant.h"
 #include "CommandLine/ProgressLine.h"
+#include "Quillmere/Models/Services/LocalizedReason.h"
 
 namespace quillmere::cli {
 namespace {
 
 // Fetched at once, so that a library of any size is listed in flat memory.
 constexpr std::size_t pageSize = 1000;
-
-int fail(const std::string& sentence) {
-    std::fprintf(stderr, "quillmere-cli: %s\n", sentence.c_str());
-    return 1;
-}
 
 std::string_view kindOf(const LibraryAsset& asset) {
     return asset.asset.mediaType == PHAssetMediaType::video ? "video" : "picture";
@@ -83,48 +80,53 @@ void printFacts(const LibraryAsset& asset, const DateFormatter& formatter) {
     }
 }
 
-int list(const LibraryOptions& options, DesktopPhotoLibrary& library,
-         const DateFormatter& formatter) {
+Result<void> list(const LibraryOptions& options, DesktopPhotoLibrary& library,
+                  const DateFormatter& formatter) {
     for (std::size_t first = 0;; first += pageSize) {
         const auto assets = library.assets(std::nullopt, first, pageSize);
-        if (!assets) return fail(assets.error().localizedDescription);
+        if (!assets) return assets.error();
         for (const LibraryAsset& asset : *assets) {
             options.json ? printJSON(asset, formatter) : printRow(asset, formatter);
         }
-        if (assets->size() < pageSize) return 0;
+        if (assets->size() < pageSize) return {};
     }
 }
 
-int show(const LibraryOptions& options, DesktopPhotoLibrary& library,
-         const DateFormatter& formatter) {
+Result<void> show(const LibraryOptions& options, DesktopPhotoLibrary& library,
+                  const DateFormatter& formatter) {
     const auto asset = library.assetWithIdentifier(options.identifier);
-    if (!asset) return fail(asset.error().localizedDescription);
-    if (!*asset)
-        return fail("The library has nothing with the identifier " + options.identifier + ".");
+    if (!asset) return asset.error();
+    if (!*asset) {
+        return Error{"quillmere.commandline",
+                     1,
+                     "The library has nothing with the identifier %@.",
+                     {options.identifier}};
+    }
     options.json ? printJSON(**asset, formatter) : printFacts(**asset, formatter);
-    return 0;
+    return {};
 }
 
-int tellCounts(const LibraryOptions& options, DesktopPhotoLibrary& library) {
+Result<void> tellCounts(const LibraryOptions& options, DesktopPhotoLibrary& library) {
     const auto pictures = library.count(PHAssetMediaType::image);
-    if (!pictures) return fail(pictures.error().localizedDescription);
+    if (!pictures) return pictures.error();
     const auto videos = library.count(PHAssetMediaType::video);
-    if (!videos) return fail(videos.error().localizedDescription);
+    if (!videos) return videos.error();
     std::printf(options.json ? "{\"pictures\":%zu,\"videos\":%zu}\n" : "%zu pictures, %zu videos\n",
                 *pictures, *videos);
-    return 0;
+    return {};
 }
 
-}  // namespace
-
-int runLibrary(const LibraryOptions& options, DesktopPlatform& platform) {
+Result<void> run(const LibraryOptions& options, DesktopPlatform& platform) {
     DesktopPhotoLibrary* library = platform.photoLibrary();
-    if (!library) return fail("There is no photo library: this user has no home folder.");
+    if (!library) {
+        return Error{"quillmere.commandline", 1,
+                     "There is no photo library: this user has no home folder."};
+    }
     ProgressLine line(stderr, true);
     line.draw("Looking at the library's folders");
     const auto scanned = library->scan();
     line.clear();
-    if (!scanned) return fail(scanned.error().localizedDescription);
+    if (!scanned) return scanned;
     switch (options.action) {
         case LibraryOptions::Action::list:
             return list(options, *library, platform.dateFormatter());
@@ -133,6 +135,16 @@ int runLibrary(const LibraryOptions& options, DesktopPlatform& platform) {
         case LibraryOptions::Action::scan:
             return tellCounts(options, *library);
     }
+    invariantBroken();
+}
+
+}  // namespace
+
+int runLibrary(const LibraryOptions& options, DesktopPlatform& platform) {
+    const auto done = run(options, platform);
+    if (done) return 0;
+    std::fprintf(stderr, "quillmere-cli: %s\n",
+                 localizedReason(done.error(), platform.localization()).c_str());
     return 1;
 }
 

@@ -35,8 +35,7 @@ private:
 }  // namespace
 
 Command parseArguments(int argc, const char* const* argv) {
-    CLI::App app("Enlarge pictures with neural super-resolution, on this machine.",
-                 "quillmere-cli");
+    CLI::App app("Enlarge pictures with neural super-resolution, on this machine", "quillmere-cli");
     app.set_version_flag("--version", "quillmere-cli " QUILLMERE_VERSION);
     app.require_subcommand(1);
 
@@ -52,18 +51,18 @@ Command parseArguments(int argc, const char* const* argv) {
     // CLI11 would only say that a command is missing.
     const auto named = [&](const CLI::App* command) { return command->check_name(argv[1]); };
     if (argc > 1 && argv[1][0] != '-' && app.get_subcommands(named).empty()) {
-        return usageMessage("There is no command " + std::string(argv[1]) + ".");
+        return usageError("There is no command %@.", {argv[1]});
     }
     try {
         app.parse(argc, argv);
     } catch (const CLI::CallForVersion& version) {
-        return Message{std::string(version.what()) + "\n", 0};
+        return Message{std::string(version.what()) + "\n"};
     } catch (const CLI::CallForAllHelp&) {
-        return Message{app.help("", CLI::AppFormatMode::All), 0};
+        return Message{app.help("", CLI::AppFormatMode::All)};
     } catch (const CLI::CallForHelp&) {
-        return Message{app.help(), 0};
+        return Message{app.help()};
     } catch (const CLI::ParseError& error) {
-        return usageMessage(error.what());
+        return usageError(error.what());
     }
     const std::array<CommandArguments*, 6> commands{&enhance,  &video,  &library,
                                                     &settings, &styles, &diagnostics};

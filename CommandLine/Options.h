@@ -7,6 +7,7 @@
 #include <variant>
 #include <vector>
 
+#include "Base/Error.h"
 #include "CommandLine/PictureFormat.h"
 #include "CommandLine/Setting.h"
 #include "Quillmere/Models/Enhance/EnhanceStyle.h"
@@ -53,22 +54,22 @@ struct VideoOptions {
     std::filesystem::path input;
     std::optional<std::filesystem::path> output;  // a file or a folder, as given
     EnhanceStyle style = EnhanceStyle::rapidHQ;
-    std::optional<int> limit;  // 1024 or 2048; the stored choice where there is none
+    std::optional<int> limit;    // 1024 or 2048; the stored choice where there is none
+    std::optional<int> quality;  // 1 to 100; the source's data rate where there is none
     bool force = false;
     bool json = false;
     bool quiet = false;
 };
 
-/// A text to print, and the exit code that goes with it: help, version, or a usage error.
+/// What was asked for and needs no work: the help, or the version.
 struct Message {
     std::string text;
-    int exitCode = 0;
 };
 
 using Command = std::variant<EnhanceOptions, VideoOptions, StylesOptions, DiagnosticsOptions,
-                             SettingsOptions, LibraryOptions, Message>;
+                             SettingsOptions, LibraryOptions, Message, Error>;
 
-/// Never throws; whatever is wrong with the arguments is a `Message` with exit code 2.
+/// Never throws; whatever is wrong with the arguments is an `Error`.
 Command parseArguments(int argc, const char* const* argv);
 
 }  // namespace quillmere::cli

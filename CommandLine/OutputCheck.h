@@ -10,7 +10,7 @@
 namespace quillmere::cli {
 
 /// A sentence for the user that says why a result can't have its name.
-Error outputRefusal(const std::string& sentence);
+Error outputRefusal(std::string sentence, std::vector<std::string> values);
 
 /// Fails where `output` exists and may not be replaced, where it is one of the inputs or a folder,
 /// and where its folder is missing or refuses writing.

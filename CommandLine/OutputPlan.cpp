@@ -32,8 +32,8 @@ Result<OutputFile> OutputPlan::outputFor(const fs::path& input) {
         file.path = (intoFolder_ ? *options_.output : input.parent_path()) / name;
     }
     if (taken_.contains(fs::weakly_canonical(file.path, ignored))) {
-        return outputRefusal("An earlier result of this run is already named " +
-                             file.path.string() + ".");
+        return outputRefusal("An earlier result of this run is already named %@.",
+                             {file.path.string()});
     }
     if (const auto checked = checkOutput(file.path, options_.inputs, options_.force); !checked) {
         return checked.error();

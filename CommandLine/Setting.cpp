@@ -42,13 +42,13 @@ std::span<const Setting> allSettings() { return settings; }
 std::string_view valuesOf(SettingKind kind) {
     switch (kind) {
         case SettingKind::format:
-            return "jpg, heic or png";
+            return "jpg, heic, png";
         case SettingKind::limit:
-            return "1024 or 2048";
+            return "1024, 2048";
         case SettingKind::toggle:
-            return "true or false";
+            return "true, false";
         case SettingKind::count:
-            return "a whole number from 0";
+            return "0, 1, 2, …";
     }
     invariantBroken();
 }

@@ -28,7 +28,7 @@ struct Setting {
 /// All seven, the ones that a user chooses first.
 std::span<const Setting> allSettings();
 
-/// What a value of that kind looks like, for a user who wrote another.
+/// The values of that kind, in no language, for a user who wrote another.
 std::string_view valuesOf(SettingKind kind);
 
 /// Nothing for a text that is no value of that kind.

@@ -29,8 +29,7 @@ Command SettingsArguments::command() {
     if (!keyOption_->empty()) {
         const auto found = settings_.find(key_);
         if (found == settings_.end()) {
-            return usageMessage("There is no setting " + key_ +
-                                "; there are: " + keysOf(settings_) + ".");
+            return usageError("There is no setting %@; there are: %@.", {key_, keysOf(settings_)});
         }
         options_.setting = found->second;
     }
@@ -38,8 +37,8 @@ Command SettingsArguments::command() {
         const SettingKind kind = options_.setting->kind;
         options_.value = settingValue(kind, value_);
         if (!options_.value) {
-            return usageMessage(key_ + " can't be \"" + value_ + "\"; it is " +
-                                std::string(valuesOf(kind)) + ".");
+            return usageError("%@ can't be \"%@\"; it takes: %@.",
+                              {key_, value_, std::string(valuesOf(kind))});
         }
     }
     return options_;

@@ -4,6 +4,8 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "Base/FormatString.h"
+
 namespace quillmere::cli {
 
 int listStyles(const StylesOptions& options, const Localization& localization) {
@@ -17,10 +19,11 @@ int listStyles(const StylesOptions& options, const Localization& localization) {
             line["pictures"] = scale.has_value();
             std::printf("%s\n", line.dump().c_str());
         } else {
-            const std::string what = !scale        ? "for videos"
-                                     : *scale == 1 ? "the picture itself"
-                                                   : std::to_string(*scale) + " times as large";
-            std::printf("%-13s %-13s %s\n", key.c_str(), name.c_str(), what.c_str());
+            const std::string what = localization.localizedString(!scale        ? "StyleForVideos"
+                                                                  : *scale == 1 ? "StyleKeepsSize"
+                                                                                : "StyleEnlarges");
+            std::printf("%-13s %s, %s\n", key.c_str(), name.c_str(),
+                        formatString(what, {std::to_string(scale.value_or(1))}).c_str());
         }
     }
     return 0;

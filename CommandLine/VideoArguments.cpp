@@ -37,6 +37,12 @@ VideoArguments::VideoArguments(CLI::App& app)
                     "(default: the setting resolutionLimitIndexKey)")
         ->check(CLI::IsMember({1024, 2048}))
         ->option_text("PIXELS");
+    arguments
+        .add_option("--quality", options_.quality,
+                    "How much of the picture is kept, 1 to 100, at whatever size of the file that "
+                    "takes: 66 loses next to nothing (default: as large a file as the input's)")
+        ->check(CLI::Range(1, 100))
+        ->option_text("NUMBER");
     arguments.add_flag("--force", options_.force, "Replace an existing file");
     arguments.add_flag("--json", options_.json, "One JSON object on standard output");
     arguments.add_flag("--quiet", options_.quiet, "Say nothing but errors");
@@ -49,12 +55,12 @@ Command VideoArguments::command() {
         return options_;
     }
     if (!options_.output->has_filename()) {
-        return usageMessage("There is no folder " + options_.output->string() +
-                            "; make it first, or name a file.");
+        return usageError("There is no folder %@; make it first, or name a file.",
+                          {options_.output->string()});
     }
     if (strcasecmp(options_.output->extension().c_str(), ".mov") != 0) {
-        return usageMessage("Videos become QuickTime movies; end the name " +
-                            options_.output->filename().string() + " in .mov.");
+        return usageError("Videos become QuickTime movies; end the name %@ in .mov.",
+                          {options_.output->filename().string()});
     }
     return options_;
 }

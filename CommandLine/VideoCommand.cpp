@@ -7,6 +7,7 @@
 #include "CommandLine/OutputCheck.h"
 #include "CommandLine/WorkFile.h"
 #include "Desktop/Application/HeadlessApplication.h"
+#include "Quillmere/Models/Services/LocalizedReason.h"
 
 namespace quillmere::cli {
 namespace {
@@ -28,7 +29,7 @@ VideoCommand::VideoCommand(DesktopPlatform& platform, Interruption& interruption
     : platform_(platform),
       interruption_(interruption),
       options_(options),
-      reporter_(options),
+      reporter_(options, platform.localization()),
       catalogue_(platform.coreML(), platform.bundles()),
       limit_(platform.userDefaults(), options.limit),
       engine_({limit_, platform.graphics(), platform.coreImage(), platform.vision(), catalogue_,
@@ -44,8 +45,8 @@ int VideoCommand::run() {
     // Says it in plain words, where the movie module would speak of its own.
     if (const auto status = fs::status(options_.input); !fs::is_regular_file(status)) {
         const std::string name = options_.input.string();
-        return fail(outputRefusal(fs::exists(status) ? name + " is no file."
-                                                     : "There is no file " + name + "."));
+        return fail(
+            outputRefusal(fs::exists(status) ? "%@ is no file." : "There is no file %@.", {name}));
     }
     if (!platform_.avFoundation()) return fail(noMovieModule());
 
@@ -117,6 +118,9 @@ VideoCommand::Ending VideoCommand::encode(const VideoPlan& plan, const fs::path&
         *platform_.avFoundation(), *platform_.audioToolbox(), platform_.videoToolbox(),
         platform_.coreImage(), dispatch, platform_.fileManager(), platform_.crashLog(),
         platform_.device(), platform_.localization(), console_});
+    if (options_.quality) {
+        processor->setVideoQuality(static_cast<float>(*options_.quality) / 100);
+    }
     processor->setProgressHandler([job](float fraction) {
         // The end of a job goes back to 0, which nobody needs to see.
         if (fraction > job->fraction) job->fraction = fraction;
@@ -153,7 +157,7 @@ void VideoCommand::keepRedrawing(const std::weak_ptr<Job>& job) {
 }
 
 int VideoCommand::fail(const Error& error) {
-    reporter_.failed(error.localizedDescription);
+    reporter_.failed(localizedReason(error, platform_.localization()));
     return 1;
 }
 

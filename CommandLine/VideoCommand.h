@@ -34,6 +34,7 @@ private:
     /// What the application traces is for its developers.
     struct SilentConsole final : Console {
         void print(std::string_view) override {}
+        void report(const std::vector<Error>&) override {}
     };
     struct Ending {
         std::optional<Error> error;

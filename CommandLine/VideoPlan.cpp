@@ -13,7 +13,9 @@
 namespace quillmere::cli {
 namespace {
 
-Error failure(std::string sentence) { return {"quillmere.commandline", 1, std::move(sentence)}; }
+Error failure(std::string sentence, std::vector<std::string> values = {}) {
+    return {"quillmere.commandline", 1, std::move(sentence), std::move(values)};
+}
 
 std::string count(int number, const std::string& what) {
     return std::to_string(number) + " " + what + (number == 1 ? "" : "s");
@@ -80,9 +82,10 @@ Result<Size> planEnlarging(const VideoPlanPorts& ports, EnhanceStyle style, cons
     });
     if (wrong) return failure(*wrong);
     if (preview) return preview->size();
-    return failure("The network of the style " + std::string(displayKey(style)) +
-                   " could not be loaded. Call ./run in Quillmere's folder, which fetches "
-                   "what is missing, or install Quillmere again.");
+    return failure(
+        "The network of the style %@ could not be loaded. Call ./run in Quillmere's folder, which "
+        "fetches what is missing, or install Quillmere again.",
+        {std::string(displayKey(style))});
 }
 
 Result<Size> planScaling(const VideoPlanPorts& ports, VideoPlan& plan) {
@@ -91,9 +94,10 @@ Result<Size> planScaling(const VideoPlanPorts& ports, VideoPlan& plan) {
                                                      plan.natural.height);
     if (!factor) {
         const PixelSize limit = scaler.maximumDimensions().value_or(assumedMaximumDimensions);
-        return failure("The style rapidHQ makes no videos larger than " +
-                       std::to_string(limit.width) + " by " + std::to_string(limit.height) +
-                       ", and at least doubles each side; choose another style.");
+        return failure(
+            "The style rapidHQ makes no videos larger than %@ by %@, and at least "
+            "doubles each side; choose another style.",
+            {std::to_string(limit.width), std::to_string(limit.height)});
     }
     plan.mode = VideoProcessor::Mode::superResolution(*factor);
     // Finds out before the work whether the scaler takes the frames.

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "Base/FormatString.h"
 #include "CommandLine/PrintedLine.h"
 
 namespace quillmere::cli {
@@ -47,9 +48,11 @@ void VideoReporter::succeeded(const VideoPlan& plan, const std::filesystem::path
                               int failedFrames, std::chrono::duration<double> elapsed) {
     line_.clear();
     if (failedFrames > 0) {
-        std::fprintf(stderr, "quillmere-cli: %s: %d %s could not be enlarged and kept %s size.\n",
-                     options_.input.c_str(), failedFrames, failedFrames == 1 ? "frame" : "frames",
-                     failedFrames == 1 ? "its" : "their");
+        const std::string told = formatString(
+            localization_.localizedString("Frames that could not be enlarged and kept their size: "
+                                          "%@."),
+            {std::to_string(failedFrames)});
+        std::fprintf(stderr, "quillmere-cli: %s: %s\n", options_.input.c_str(), told.c_str());
     }
     if (options_.json) {
         printLine({{"input", options_.input.string()},

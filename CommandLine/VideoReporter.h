@@ -8,6 +8,7 @@
 #include "CommandLine/Options.h"
 #include "CommandLine/ProgressLine.h"
 #include "CommandLine/VideoPlan.h"
+#include "Platform/Localization/Localization.h"
 
 namespace quillmere::cli {
 
@@ -15,8 +16,8 @@ namespace quillmere::cli {
 /// and progress to standard error. One thread.
 class VideoReporter {
 public:
-    explicit VideoReporter(const VideoOptions& options)
-        : options_(options), line_(stderr, !options.quiet) {}
+    VideoReporter(const VideoOptions& options, const Localization& localization)
+        : options_(options), localization_(localization), line_(stderr, !options.quiet) {}
 
     void looking();
     void planned(const VideoPlan& plan, const std::filesystem::path& output);
@@ -30,6 +31,7 @@ public:
 
 private:
     VideoOptions options_;
+    const Localization& localization_;
     ProgressLine line_;
 };
 

@@ -37,10 +37,10 @@ Result<void> WorkFile::commit(bool mayReplace) {
     }
     if (failed == 0) return {};
     if (failed == EEXIST || failed == EPERM) {
-        return outputRefusal(target_.string() + " already exists; --force replaces it.");
+        return outputRefusal("%@ already exists; --force replaces it.", {target_.string()});
     }
-    return outputRefusal(target_.string() +
-                         " can't be written: " + std::generic_category().message(failed) + ".");
+    return outputRefusal("%@ can't be written: %@.",
+                         {target_.string(), std::generic_category().message(failed)});
 }
 
 }  // namespace quillmere::cli

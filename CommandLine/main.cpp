@@ -12,14 +12,22 @@
 #include "CommandLine/VideoCommand.h"
 #include "Desktop/DesktopPlatform.h"
 #include "Desktop/FileManager/UserFolders.h"
+#include "Desktop/Localization/UserLanguage.h"
 
 namespace {
 
 using namespace quillmere;
 
-int fail(const std::string& sentence) {
-    std::fprintf(stderr, "quillmere-cli: %s\n", sentence.c_str());
+int fail(const Error& error) {
+    std::fprintf(stderr, "quillmere-cli: %s\n", DesktopPlatform::reasonOf(error).c_str());
     return 1;
+}
+
+int failUsage(const Error& error) {
+    fail(error);
+    const Error hint{error.domain, error.code, "quillmere-cli --help says how to call it."};
+    std::fprintf(stderr, "%s\n", DesktopPlatform::reasonOf(hint).c_str());
+    return 2;
 }
 
 int run(const cli::Command& command, DesktopPlatform& platform, cli::Interruption& interruption) {
@@ -44,18 +52,20 @@ int run(const cli::Command& command, DesktopPlatform& platform, cli::Interruptio
 int main(int argc, char** argv) {
     const cli::Command command = cli::parseArguments(argc, argv);
     if (const auto* message = std::get_if<cli::Message>(&command)) {
-        std::fputs(message->text.c_str(), message->exitCode == 0 ? stdout : stderr);
-        return message->exitCode;
+        std::fputs(message->text.c_str(), stdout);
+        return 0;
     }
+    if (const auto* wrong = std::get_if<Error>(&command)) return failUsage(*wrong);
 
     // Looks at other runs, and is none itself.
     if (const auto* diagnostics = std::get_if<cli::DiagnosticsOptions>(&command)) {
-        return cli::showDiagnostics(*diagnostics, userStateFolder());
+        const auto shown = cli::showDiagnostics(*diagnostics, userStateFolder());
+        return shown ? 0 : fail(shown.error());
     }
 
     cli::Interruption interruption;
-    const auto platform = DesktopPlatform::make();
-    if (!platform) return fail(platform.error().localizedDescription);
+    const auto platform = DesktopPlatform::make(userLanguage());
+    if (!platform) return fail(platform.error());
     interruption.beforeEnd([&] { (*platform)->recordOrderlyEnd(); });
     const int exitCode = run(command, **platform, interruption);
     interruption.beforeEnd(nullptr);

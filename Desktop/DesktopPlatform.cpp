@@ -8,9 +8,19 @@
 #include "Desktop/Application/ProjectSettingsFile.h"
 #include "Desktop/FileManager/UserFolders.h"
 #include "Desktop/Localization/PseudoLanguage.h"
+#include "Quillmere/Models/Services/LocalizedReason.h"
 
 namespace quillmere {
 namespace {
+
+Result<StringsFile> textsIn(const Bundle& bundle, std::string_view language) {
+    const bool isPseudo = language == pseudoLanguage;
+    const std::string_view file = isPseudo ? languages.front() : language;
+    auto texts = StringsFile::read(
+        bundle.urlForResource(file, "json").value_or(std::string(file) + ".json"));
+    if (texts && isPseudo) texts->transform(pseudolocalized);
+    return texts;
+}
 
 /// An edition may come without the file.
 ProjectSettings settingsIn(const Bundle& bundle, FileManager& fileManager, Console& console) {
@@ -26,16 +36,18 @@ std::unique_ptr<OfflineAds> adsOf(const ProjectSettings& settings, Dispatch& dis
 
 }  // namespace
 
+std::string DesktopPlatform::reasonOf(const Error& error) {
+    const auto bundle = ResourceBundle::besideTheProgram();
+    const auto texts = bundle ? textsIn(*bundle, userLanguage()) : bundle.error();
+    return texts ? localizedReason(error, *texts) : error.localizedDescription;
+}
+
 Result<std::unique_ptr<DesktopPlatform>> DesktopPlatform::make(
     std::string_view language, const std::optional<ProjectSettings>& edition) {
     auto bundle = ResourceBundle::besideTheProgram();
     if (!bundle) return bundle.error();
-    const bool isPseudo = language == pseudoLanguage;
-    const std::string_view file = isPseudo ? languages.front() : language;
-    auto strings = StringsFile::read(
-        bundle->urlForResource(file, "json").value_or(std::string(file) + ".json"));
+    auto strings = textsIn(*bundle, language);
     if (!strings) return strings.error();
-    if (isPseudo) strings->transform(pseudolocalized);
     return std::unique_ptr<DesktopPlatform>(
         new DesktopPlatform(*std::move(bundle), *std::move(strings), edition));
 }

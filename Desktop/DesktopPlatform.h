@@ -50,6 +50,10 @@ public:
         std::string_view language = languages.front(),
         const std::optional<ProjectSettings>& edition = {});
 
+    /// What a user is told of an error by whoever ends before there is a platform: in the user's
+    /// language, where the program's texts can be read.
+    static std::string reasonOf(const Error& error);
+
     DesktopDispatch& dispatch() { return dispatch_; }
     CoreML& coreML() { return coreML_; }
     CoreImage& coreImage() { return coreImage_; }
@@ -95,7 +99,7 @@ private:
     ResourceBundle bundle_;
     StringsFile strings_;
     SystemDateFormatter dateFormatter_;
-    ErrorStreamConsole console_;
+    ErrorStreamConsole console_{strings_};
     RunFile crashLog_;
     EventLog analytics_;
     DesktopFileManager fileManager_;

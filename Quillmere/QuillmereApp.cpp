@@ -15,8 +15,7 @@ QuillmereApp::QuillmereApp(const Platform& platform)
       appOpenAdManager_([this] {
           return std::make_shared<AppOpenAdManager>(
               AppOpenAdManager::Ports{platform_.mobileAds, platform_.application,
-                                      platform_.userDefaults, platform_.dispatch,
-                                      platform_.console},
+                                      platform_.userDefaults, platform_.console},
               platform_.settings.appOpenAdUnit);
       }),
       interstitialAdManager_([this] {

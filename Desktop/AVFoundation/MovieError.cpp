@@ -12,7 +12,7 @@ namespace {
 std::string reason(int answer) {
     char text[AV_ERROR_MAX_STRING_SIZE] = {};
     av_strerror(answer, text, sizeof text);
-    return std::string(" (") + text + ")";
+    return text;
 }
 
 }  // namespace
@@ -31,9 +31,9 @@ Error readingError(int answer) {
             return movieError(AVErrorCode::decoderNotFound,
                               "Nothing here can decode this kind of movie.");
         default:
-            return movieError(
-                AVErrorCode::fileFailedToParse,
-                "The movie is damaged, incomplete or of an unknown kind." + reason(answer));
+            return movieError(AVErrorCode::fileFailedToParse,
+                              "The movie is damaged, incomplete or of an unknown kind (%@).",
+                              {reason(answer)});
     }
 }
 
@@ -49,8 +49,8 @@ Error writingError(int answer) {
             return movieError(AVErrorCode::fileAlreadyExists,
                               "There is a file of the movie's name already.");
         default:
-            return movieError(AVErrorCode::unknown,
-                              "The movie could not be written." + reason(answer));
+            return movieError(AVErrorCode::unknown, "The movie could not be written (%@).",
+                              {reason(answer)});
     }
 }
 

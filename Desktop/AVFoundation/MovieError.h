@@ -3,14 +3,17 @@
 
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "Platform/AVFoundation/AVFoundation.h"
 
 namespace quillmere {
 
 /// `sentence` is for a user: what is wrong, in whole sentences.
-inline Error movieError(AVErrorCode code, std::string sentence) {
-    return {AVFoundation::errorDomain, static_cast<int>(code), std::move(sentence)};
+inline Error movieError(AVErrorCode code, std::string sentence,
+                        std::vector<std::string> values = {}) {
+    return {AVFoundation::errorDomain, static_cast<int>(code), std::move(sentence),
+            std::move(values)};
 }
 
 inline Error movieOutOfMemory() {

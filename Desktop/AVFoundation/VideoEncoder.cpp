@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "Desktop/AVFoundation/MovieError.h"
@@ -19,11 +20,31 @@ constexpr double longestSide = 16384;
 
 // A better preset costs time that the enlarging wants; a worse one shows at low data rates.
 constexpr const char* preset = "veryfast";
-// Where nobody asks for a data rate: next to nothing of the picture is lost.
-constexpr const char* constantQuality = "18";
-// The coarsest steps. Beyond them nothing of a picture is left: a clip of a few kilobits a second,
-// of a still screen, say, would begin grey. It becomes a little larger instead.
-constexpr int coarsestQuantizer = 44;
+// Where nobody asks for a data rate or a quality: next to nothing of the picture is lost.
+constexpr float fullQuality = 0.66F;
+
+/// x264's constant rate factor: from 51, the worst, to 1. At 0 it would lose nothing, in a profile
+/// that hardly any player knows.
+double rateFactor(float quality) { return 51 - 50.0 * std::clamp(quality, 0.0F, 1.0F); }
+
+/// Holds a clip of a few seconds to its rate, too.
+void keepToRate(AVCodecContext& codec, float bitsPerSecond) {
+    constexpr double least = 1000, most = 2e9;
+    const double rate = std::clamp<double>(bitsPerSecond, least, most);
+    codec.bit_rate = std::llround(rate);
+    // What came out too large or too small is made up for within a fifth of a second or so, instead
+    // of ten times that.
+    av_opt_set(codec.priv_data, "x264-params", "ratetol=0.1", 0);
+    // What suddenly moves, after a still beginning, would take many times the rate at first.
+    codec.rc_max_rate = std::llround(2 * rate);
+    codec.rc_buffer_size =
+        static_cast<int>(std::min<double>(3 * rate, std::numeric_limits<int>::max()));
+    // It asks for coarser steps than the rest of the rate control foresees.
+    av_opt_set(codec.priv_data, "mbtree", "0", 0);
+    // Beyond 51 x264 leaves out ever more of what changes. At its own end, 69, nothing is left of a
+    // picture; a clip of a few kilobits a second, of a still screen, say, would be grey.
+    codec.qmax = 64;
+}
 
 /// Repeats the last column and row of a picture that is one less than the planes.
 void repeatEdges(AVFrame& frame, PixelSize picture) {
@@ -76,13 +97,13 @@ int VideoEncoder::open(const CMSampleBuffer& first) {
     codec_->color_trc = AVCOL_TRC_BT709;
     codec_->colorspace = AVCOL_SPC_BT709;
     codec_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
-    codec_->qmax = coarsestQuantizer;
     av_opt_set(codec_->priv_data, "preset", preset, 0);
-    if (std::isfinite(settings_.averageBitRate) && settings_.averageBitRate > 0) {
-        constexpr float least = 1000, most = 2e9f;
-        codec_->bit_rate = std::llround(std::clamp(settings_.averageBitRate, least, most));
+    const bool hasRate = std::isfinite(settings_.averageBitRate) && settings_.averageBitRate > 0;
+    if (hasRate && !settings_.quality) {
+        keepToRate(*codec_, settings_.averageBitRate);
     } else {
-        av_opt_set(codec_->priv_data, "crf", constantQuality, 0);
+        av_opt_set_double(codec_->priv_data, "crf",
+                          rateFactor(settings_.quality.value_or(fullQuality)), 0);
     }
     const int answer = avcodec_open2(codec_.get(), encoder, nullptr);
     return answer < 0 ? answer : muxer_.describe(track_, *codec_, transform_);

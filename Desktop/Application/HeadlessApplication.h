@@ -14,7 +14,7 @@ public:
         disabled ? sleep_.inhibit() : sleep_.release();
     }
 
-    bool canOpenURL(std::string_view) const override { return false; }
+    bool canOpenURL(std::string_view, std::function<void(bool)>) override { return false; }
     void openURL(std::string, std::function<void(bool)> completionHandler) override {
         if (completionHandler) completionHandler(false);
     }

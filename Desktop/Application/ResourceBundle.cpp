@@ -11,9 +11,10 @@ Result<ResourceBundle> ResourceBundle::besideTheProgram() {
     const fs::path program = fs::read_symlink("/proc/self/exe", failed);
     const fs::path folder = program.parent_path().parent_path() / "share" / "quillmere";
     if (failed || !fs::is_directory(folder, failed)) {
-        return Error{"quillmere.bundle", 1,
-                     "The program's own resources are missing at " + folder.string() +
-                         ". Install Quillmere again."};
+        return Error{"quillmere.bundle",
+                     1,
+                     "The program's own resources are missing at %@. Install Quillmere again.",
+                     {folder.string()}};
     }
     return ResourceBundle(folder);
 }

@@ -14,7 +14,9 @@ constexpr const char* fileName = "Consent";
 constexpr std::string_view allowedLine = "ads allowed\n";
 constexpr std::string_view refusedLine = "ads refused\n";
 
-Error failure(std::string sentence) { return {"quillmere.consent", 1, std::move(sentence)}; }
+Error failure(std::string sentence, std::vector<std::string> values = {}) {
+    return {"quillmere.consent", 1, std::move(sentence), std::move(values)};
+}
 
 }  // namespace
 
@@ -61,7 +63,7 @@ std::optional<Error> DesktopConsent::readAnswer() {
     }
     const std::string_view line(reinterpret_cast<const char*>(contents->data()), contents->size());
     if (line != allowedLine && line != refusedLine) {
-        return failure((*folder_ / fileName).string() + " is damaged.");
+        return failure("%@ is damaged.", {(*folder_ / fileName).string()});
     }
     const std::lock_guard lock(mutex_);
     answer_ = line == allowedLine;

@@ -12,7 +12,7 @@ Result<MLFeatureProviderRef> NetworkModel::predictionFromFeatures(
     const auto value = features.featureValueForName(name);
     const CVPixelBufferRef picture = value ? value->imageBufferValue() : nullptr;
     if (!picture) {
-        return Error{coreMLErrorDomain, 1, "The network takes a picture named " + name + "."};
+        return Error{coreMLErrorDomain, 1, "The network takes a picture named %@.", {name}};
     }
     Result<CVPixelBufferRef> output = enlarge(*picture);
     if (!output) return output.error();

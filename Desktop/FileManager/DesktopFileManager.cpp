@@ -19,8 +19,8 @@ namespace {
 
 constexpr unsigned newFileMode = 0666;
 
-Error failure(int number, std::string sentence) {
-    return {FileManager::posixErrorDomain, number, std::move(sentence)};
+Error failure(int number, std::string sentence, std::vector<std::string> values) {
+    return {FileManager::posixErrorDomain, number, std::move(sentence), std::move(values)};
 }
 
 Error readFailure(int number, const fs::path& path) {
@@ -28,18 +28,18 @@ Error readFailure(int number, const fs::path& path) {
     switch (number) {
         case ENOENT:
         case ENOTDIR:
-            return failure(number, "There is no file " + name + ".");
+            return failure(number, "There is no file %@.", {name});
         case EACCES:
         case EPERM:
-            return failure(number, "The file " + name + " refuses reading.");
+            return failure(number, "The file %@ refuses reading.", {name});
         case EISDIR:
-            return failure(number, name + " is a folder, not a file.");
+            return failure(number, "%@ is a folder, not a file.", {name});
         case EFBIG:
         case ENOMEM:
-            return failure(number, "The file " + name + " is too large.");
+            return failure(number, "The file %@ is too large.", {name});
         default:
-            return failure(number, "The file " + name + " can't be read: " +
-                                       std::generic_category().message(number) + ".");
+            return failure(number, "The file %@ can't be read: %@.",
+                           {name, std::generic_category().message(number)});
     }
 }
 
@@ -49,27 +49,27 @@ Error writeFailure(int number, const fs::path& path) {
     switch (number) {
         case ENOENT:
         case ENOTDIR:
-            return failure(number, "There is no folder " + folder + ".");
+            return failure(number, "There is no folder %@.", {folder});
         case EACCES:
         case EPERM:
         case EROFS:
-            return failure(number, "The folder " + folder + " refuses writing.");
+            return failure(number, "The folder %@ refuses writing.", {folder});
         case EEXIST:
-            return failure(number, name + " already exists.");
+            return failure(number, "%@ already exists.", {name});
         case ENOSPC:
         case EDQUOT:
-            return failure(number, "There is no space left for " + name + ".");
+            return failure(number, "There is no space left for %@.", {name});
         case EISDIR:
-            return failure(number, name + " is a folder, not a file.");
+            return failure(number, "%@ is a folder, not a file.", {name});
         case EFBIG:
-            return failure(number, name + " is larger than its disk allows.");
+            return failure(number, "%@ is larger than its disk allows.", {name});
         case ENAMETOOLONG:
-            return failure(number, "The name " + name + " is too long.");
+            return failure(number, "The name %@ is too long.", {name});
         case EINVAL:
-            return failure(number, name + " is not a regular file and is not replaced.");
+            return failure(number, "%@ is not a regular file and is not replaced.", {name});
         default:
-            return failure(number, name + " can't be written: " +
-                                       std::generic_category().message(number) + ".");
+            return failure(number, "%@ can't be written: %@.",
+                           {name, std::generic_category().message(number)});
     }
 }
 
@@ -92,16 +92,7 @@ void flushFolder(const fs::path& folder) {
     if (opened.isOpen()) fsync(opened.number());
 }
 
-/// The system's, or the one that each system has.
-fs::path systemTemporaryFolder() {
-    std::error_code none;
-    const fs::path folder = fs::temp_directory_path(none);
-    return none ? "/tmp" : folder;
-}
-
 }  // namespace
-
-DesktopFileManager::DesktopFileManager() : temporary_(systemTemporaryFolder()) {}
 
 Result<std::vector<std::byte>> DesktopFileManager::contentsOfFile(const fs::path& path) {
     const FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));

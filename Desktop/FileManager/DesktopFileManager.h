@@ -15,8 +15,6 @@ namespace quillmere {
 /// write of NAME in the same folder removes it, unless another process is still writing it.
 class DesktopFileManager final : public FileManager {
 public:
-    DesktopFileManager();
-
     /// The largest file that is read; a larger one is an error.
     static constexpr std::size_t maximumSize = std::size_t{2} << 30;
 

@@ -9,9 +9,11 @@ namespace quillmere {
 namespace fs = std::filesystem;
 namespace {
 
-Error failure(int number, const fs::path& path, const char* what) {
-    return {FileManager::posixErrorDomain, number,
-            path.string() + what + std::generic_category().message(number) + "."};
+Error failure(int number, const fs::path& path, const char* sentence) {
+    return {FileManager::posixErrorDomain,
+            number,
+            sentence,
+            {path.string(), std::generic_category().message(number)}};
 }
 
 }  // namespace
@@ -20,7 +22,7 @@ Result<void> DesktopFileManager::createDirectory(const fs::path& path) {
     std::error_code failed;
     fs::create_directories(path, failed);
     if (!failed) return {};
-    return failure(failed.value(), path, " can't be made: ");
+    return failure(failed.value(), path, "%@ can't be made: %@.");
 }
 
 Result<std::vector<fs::path>> DesktopFileManager::contentsOfDirectory(const fs::path& path) {
@@ -30,7 +32,7 @@ Result<std::vector<fs::path>> DesktopFileManager::contentsOfDirectory(const fs::
          entry.increment(failed)) {
         names.push_back(entry->path().filename());
     }
-    if (failed) return failure(failed.value(), path, " can't be listed: ");
+    if (failed) return failure(failed.value(), path, "%@ can't be listed: %@.");
     return names;
 }
 
@@ -39,14 +41,14 @@ Result<void> DesktopFileManager::copyItem(const fs::path& source, const fs::path
     fs::copy_file(source, target, fs::copy_options::overwrite_existing, failed);
     if (!failed) return {};
     fs::remove(target, ignored);
-    return failure(failed.value(), source, " can't be copied: ");
+    return failure(failed.value(), source, "%@ can't be copied: %@.");
 }
 
 Result<void> DesktopFileManager::removeItem(const fs::path& path) {
     std::error_code failed;
     const auto removed = fs::remove_all(path, failed);
-    if (failed) return failure(failed.value(), path, " can't be removed: ");
-    if (removed == 0) return failure(ENOENT, path, " can't be removed: ");
+    if (failed) return failure(failed.value(), path, "%@ can't be removed: %@.");
+    if (removed == 0) return failure(ENOENT, path, "%@ can't be removed: %@.");
     return {};
 }
 

@@ -53,6 +53,12 @@ TemporaryDirectory::TemporaryDirectory(fs::path systemFolder)
     : systemFolder_(std::move(systemFolder)),
       path_(systemFolder_ / (std::string(prefix) + "none")) {}
 
+fs::path TemporaryDirectory::systemTemporaryFolder() {
+    std::error_code none;
+    const fs::path folder = fs::temp_directory_path(none);
+    return none ? "/tmp" : folder;  // which each system has
+}
+
 fs::path TemporaryDirectory::path() {
     const std::lock_guard guard(mutex_);
     if (!lock_.isOpen()) {

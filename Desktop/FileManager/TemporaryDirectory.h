@@ -13,8 +13,9 @@ namespace quillmere {
 /// owners are dead are removed before a new one is made. Any thread.
 class TemporaryDirectory {
 public:
-    /// Nothing happens on the disk before `path` is asked for.
-    explicit TemporaryDirectory(std::filesystem::path systemFolder);
+    /// Nothing happens on the disk before `path` is asked for. Under the system's temporary folder,
+    /// or else another one.
+    explicit TemporaryDirectory(std::filesystem::path systemFolder = systemTemporaryFolder());
     ~TemporaryDirectory() { remove(); }
     TemporaryDirectory(const TemporaryDirectory&) = delete;
     TemporaryDirectory& operator=(const TemporaryDirectory&) = delete;
@@ -27,6 +28,7 @@ public:
     void remove();
 
 private:
+    static std::filesystem::path systemTemporaryFolder();
     bool make();
 
     const std::filesystem::path systemFolder_;

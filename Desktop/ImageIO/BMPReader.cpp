@@ -148,10 +148,12 @@ Result<UIImage> readBMP(std::span<const std::byte> data) {
     const auto header = parseBMPHeader(data);
     if (!header) {
         return imageIOError(ImageIOErrorCode::damaged,
-                            "The picture is damaged, or a kind of BMP that Quillmere can't read.");
+                            "The picture is damaged, or a kind of %@ that Quillmere can't read.",
+                            {"BMP"});
     }
-    const Error damaged = imageIOError(
-        ImageIOErrorCode::damaged, "The picture is damaged: its BMP data is incomplete or wrong.");
+    const Error damaged =
+        imageIOError(ImageIOErrorCode::damaged,
+                     "The picture is damaged: its %@ data is incomplete or wrong.", {"BMP"});
     const auto* bytes = reinterpret_cast<const std::uint8_t*>(data.data());
     if (header->pixelOffset > data.size()) return damaged;
     const std::span<const std::uint8_t> pixels(bytes + header->pixelOffset,

@@ -21,10 +21,9 @@ Result<BitmapBuffer> BitmapBuffer::createForFile(PixelSize size) {
     if (size.width > longestSide || size.height > longestSide ||
         std::int64_t{size.width} * size.height > mostPixels) {
         return imageIOError(ImageIOErrorCode::tooLarge,
-                            "The picture is too large: it has " + std::to_string(size.width) +
-                                " by " + std::to_string(size.height) +
-                                " pixels, and Quillmere reads up to 500 million, with sides of up "
-                                "to 65,535.");
+                            "The picture is too large: it has %@ by %@ pixels, and Quillmere "
+                            "reads up to 500 million, with sides of up to 65,535.",
+                            {std::to_string(size.width), std::to_string(size.height)});
     }
     std::optional<BitmapBuffer> buffer = create(size);
     if (!buffer) return imageIOOutOfMemory();

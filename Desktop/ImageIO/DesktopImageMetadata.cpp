@@ -61,8 +61,8 @@ Result<Bytes> DesktopImageMetadata::imageWithProperties(std::span<const std::byt
     const Carrier* carrier = carrierOf(data);
     if (!carrier) return unknownFormat();
     if (carrier->typeIdentifier != typeIdentifier) {
-        return imageIOError(ImageIOErrorCode::unknownFormat,
-                            "The picture is not of the type " + std::string(typeIdentifier) + ".");
+        return imageIOError(ImageIOErrorCode::unknownFormat, "The picture is not of the type %@.",
+                            {std::string(typeIdentifier)});
     }
     const Result<Bytes> exif = carrier->exif(data);
     if (!exif) return exif.error();

@@ -41,8 +41,8 @@ Error damagedExif() {
 }
 
 Error notWritable(std::string_view entry) {
-    return imageIOError(ImageIOErrorCode::notEncoded,
-                        "The metadata entry " + std::string(entry) + " can't be written.");
+    return imageIOError(ImageIOErrorCode::notEncoded, "The metadata entry %@ can't be written.",
+                        {std::string(entry)});
 }
 
 /// What throws is Exiv2 meeting a block that it can't make sense of, or memory running out.

@@ -21,8 +21,9 @@ enum class ImageIOErrorCode {
 };
 
 /// `sentence` is for a user: what is wrong, in whole sentences.
-inline Error imageIOError(ImageIOErrorCode code, std::string sentence) {
-    return {"quillmere.imageio", static_cast<int>(code), std::move(sentence)};
+inline Error imageIOError(ImageIOErrorCode code, std::string sentence,
+                          std::vector<std::string> values = {}) {
+    return {"quillmere.imageio", static_cast<int>(code), std::move(sentence), std::move(values)};
 }
 
 inline Error imageIOUnavailable() {

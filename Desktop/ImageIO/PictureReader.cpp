@@ -87,9 +87,9 @@ bool takePixels(VipsImage* image, BitmapBuffer& buffer) {
 }
 
 Error damaged(PictureFormat format) {
-    return imageIOError(ImageIOErrorCode::damaged, std::string("The picture is damaged: its ") +
-                                                       nameOf(format) +
-                                                       " data is incomplete or wrong.");
+    return imageIOError(ImageIOErrorCode::damaged,
+                        "The picture is damaged: its %@ data is incomplete or wrong.",
+                        {nameOf(format)});
 }
 
 Result<UIImage> decode(PictureFormat format, std::span<const std::byte> data,
@@ -99,8 +99,8 @@ Result<UIImage> decode(PictureFormat format, std::span<const std::byte> data,
     VipsImageRef image = open(format, data, failOn);
     if (!image) {
         return imageIOError(ImageIOErrorCode::damaged,
-                            std::string("The picture is damaged, or a kind of ") + nameOf(format) +
-                                " that Quillmere can't read.");
+                            "The picture is damaged, or a kind of %@ that Quillmere can't read.",
+                            {nameOf(format)});
     }
     const UIImageOrientation orientation = orientationOf(image.get(), format);
     Result<BitmapBuffer> buffer = BitmapBuffer::createForFile({image->Xsize, image->Ysize});

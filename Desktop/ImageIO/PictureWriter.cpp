@@ -25,10 +25,10 @@ Result<CGImage> uprightPicture(const UIImage& picture, int longestSide, const ch
     const PixelSize size = picture.cgImage()->size();
     if (std::max(size.width, size.height) > longestSide) {
         return imageIOError(ImageIOErrorCode::tooLarge,
-                            std::string("The picture is too large for ") + format + ": it has " +
-                                std::to_string(size.width) + " by " + std::to_string(size.height) +
-                                " pixels, and a side may have up to " +
-                                std::to_string(longestSide) + ".");
+                            "The picture is too large for %@: it has %@ by %@ pixels, and a side "
+                            "may have up to %@.",
+                            {format, std::to_string(size.width), std::to_string(size.height),
+                             std::to_string(longestSide)});
     }
     if (!startVips()) return imageIOUnavailable();
     auto upright = uprightBitmap(*picture.cgImage(), picture.imageOrientation());
@@ -66,8 +66,8 @@ std::optional<CGImage> withStraightAlpha(const CGImage& bitmap) {
 
 Error notEncoded(const char* format) {
     forgetVipsErrors();
-    return imageIOError(ImageIOErrorCode::notEncoded,
-                        std::string("The picture could not be saved as ") + format + ".");
+    return imageIOError(ImageIOErrorCode::notEncoded, "The picture could not be saved as %@.",
+                        {format});
 }
 
 VipsBlobRef standardProfile() {

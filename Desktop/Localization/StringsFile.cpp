@@ -15,9 +15,10 @@ Result<StringsFile> StringsFile::read(const std::filesystem::path& path) {
         return json.is_object();
     };
     if (!file || !allTexts()) {
-        return Error{
-            "quillmere.localization", 1,
-            "The program's texts can't be read at " + path.string() + ". Install Quillmere again."};
+        return Error{"quillmere.localization",
+                     1,
+                     "The program's texts can't be read at %@. Install Quillmere again.",
+                     {path.string()}};
     }
     return StringsFile(json.get<Texts>());
 }

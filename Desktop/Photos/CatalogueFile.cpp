@@ -54,16 +54,17 @@ Result<void> CatalogueFile::open() {
     FileDescriptor folder;
     if (folder_) {
         if (!makePrivateFolder(*folder_)) {
-            return Error{Database::errorDomain, Database::refused,
-                         "The folder " + folder_->string() +
-                             " can't be made or written, and the photo library needs it."};
+            return Error{Database::errorDomain,
+                         Database::refused,
+                         "The folder %@ can't be made or written, and the photo library needs it.",
+                         {folder_->string()}};
         }
         file = *folder_ / fileName;
         folder = lockFolder();
     }
     auto opened = Catalogue::open(file);
     if (!opened && opened.error().code == Database::damaged && file) {
-        if (const auto moved = moveAside(opened.error()); !moved) return moved;
+        if (const auto moved = moveAside(); !moved) return moved;
         opened = Catalogue::open(file);
     }
     if (!opened) return opened.error();
@@ -78,19 +79,19 @@ FileDescriptor CatalogueFile::lockFolder() const {
     return folder;
 }
 
-Result<void> CatalogueFile::mend(const Error& why) {
+Result<void> CatalogueFile::mend() {
     if (!folder_) {
         catalogue_.reset();
         beganAnew_();
         return {};
     }
     const FileDescriptor folder = lockFolder();
-    if (!catalogue_->isGone()) return moveAside(why);
+    if (!catalogue_->isGone()) return moveAside();
     return {};
 }
 
 // The file itself goes last: a log that stayed alone would be read into the next catalogue.
-Result<void> CatalogueFile::moveAside(const Error& why) {
+Result<void> CatalogueFile::moveAside() {
     catalogue_.reset();
     const fs::path file = *folder_ / fileName;
     const fs::path aside = nameAside(file);
@@ -99,12 +100,17 @@ Result<void> CatalogueFile::moveAside(const Error& why) {
         const std::string to = aside.string() + suffix;
         if (rename(from.c_str(), to.c_str()) != 0 && errno != ENOENT) {
             return Error{
-                Database::errorDomain, Database::unavailable,
-                why.localizedDescription + " " + std::generic_category().message(errno) + "."};
+                Database::errorDomain,
+                Database::unavailable,
+                "The photo library's catalogue at %@ is damaged and can't be moved aside: %@.",
+                {file.string(), std::generic_category().message(errno)}};
         }
     }
-    console_.print(why.localizedDescription + " It lies at " + aside.string() +
-                   " now, and a new one is made from the files.");
+    console_.report({Error{Database::errorDomain,
+                           Database::damaged,
+                           "The photo library's catalogue at %@ is damaged. It lies at %@ now, and "
+                           "a new one is made from the files.",
+                           {file.string(), aside.string()}}});
     beganAnew_();
     return {};
 }

@@ -36,7 +36,7 @@ public:
             if (const auto opened = open(); !opened) return opened.error();
             auto answer = operation(*catalogue_);
             if (answer || answer.error().code != Database::damaged || !mayMend) return answer;
-            if (const auto mended = mend(answer.error()); !mended) return mended.error();
+            if (const auto mended = mend(); !mended) return mended.error();
         }
     }
 
@@ -48,8 +48,8 @@ public:
 private:
     Result<void> open();
     FileDescriptor lockFolder() const;
-    Result<void> mend(const Error& why);
-    Result<void> moveAside(const Error& why);
+    Result<void> mend();
+    Result<void> moveAside();
 
     const std::optional<std::filesystem::path> folder_;
     Console& console_;

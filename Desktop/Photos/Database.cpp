@@ -20,20 +20,27 @@ int waitForOthers(void*, int attempt) {
     return 1;
 }
 
-std::string reasonOf(sqlite3* connection, int code) {
+/// For what SQLite answered, with places for the file and, where nothing better is known, a reason.
+const char* sentenceOf(int code) {
     switch (code & 0xFF) {
         case SQLITE_FULL:
-            return "the disk is full";
+            return "The photo library's catalogue at %@ can't be used: the disk is full.";
         case SQLITE_READONLY:
         case SQLITE_PERM:
-            return "the file or its folder refuses writing";
+            return "The photo library's catalogue at %@ can't be used: the file or its folder "
+                   "refuses writing.";
         case SQLITE_CANTOPEN:
-            return "the file can't be opened, or its folder refuses writing";
+            return "The photo library's catalogue at %@ can't be used: the file can't be opened, "
+                   "or its folder refuses writing.";
         case SQLITE_BUSY:
-            return "another program keeps the file locked";
+            return "The photo library's catalogue at %@ can't be used: another program keeps the "
+                   "file locked.";
         default:
-            break;
+            return "The photo library's catalogue at %@ can't be used: %@.";
     }
+}
+
+std::string reasonOf(sqlite3* connection, int code) {
     if (const int system = connection ? sqlite3_system_errno(connection) : 0; system != 0) {
         return std::generic_category().message(system);
     }
@@ -79,16 +86,14 @@ Error Database::failure(int code) {
     if (primary == SQLITE_CORRUPT || primary == SQLITE_NOTADB || primary == SQLITE_ERROR) {
         // Closing must leave the files as they are, for whoever wants to save something.
         sqlite3_db_config(connection_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-        return {errorDomain, damaged, "The photo library's catalogue at " + path_ + " is damaged."};
+        return {errorDomain, damaged, "The photo library's catalogue at %@ is damaged.", {path_}};
     }
     const int kind = primary == SQLITE_FULL ? full
                      : primary == SQLITE_READONLY || primary == SQLITE_PERM ||
                              (primary == SQLITE_CANTOPEN && isOpening_)
                          ? refused
                          : unavailable;
-    return {errorDomain, kind,
-            "The photo library's catalogue at " + path_ +
-                " can't be used: " + reasonOf(connection_.get(), code) + "."};
+    return {errorDomain, kind, sentenceOf(code), {path_, reasonOf(connection_.get(), code)}};
 }
 
 sqlite3_stmt* Database::statement(const char* sql, int& code) {

@@ -24,8 +24,10 @@ void FileItemProvider::answer(std::string_view typeIdentifier, Load load, Handle
         .async([self = shared_from_this(), conforming, load = std::move(load),
                 handler = std::move(handler)] {
             if (conforming) return handler(load(*self));
-            handler(Error{errorDomain, otherType,
-                          self->file_.string() + " can't be had in the form that is needed."});
+            handler(Error{errorDomain,
+                          otherType,
+                          "%@ can't be had in the form that is needed.",
+                          {self->file_.string()}});
         });
 }
 
@@ -44,8 +46,10 @@ void FileItemProvider::loadFileRepresentationForTypeIdentifier(std::string_view 
         [](FileItemProvider& self) -> Result<std::filesystem::path> {
             std::error_code ignored;
             if (std::filesystem::is_regular_file(self.file_, ignored)) return self.file_;
-            return Error{errorDomain, fileIsGone,
-                         "The file " + self.file_.string() + " is not there any more."};
+            return Error{errorDomain,
+                         fileIsGone,
+                         "The file %@ is not there any more.",
+                         {self.file_.string()}};
         },
         std::move(completionHandler));
 }

@@ -95,8 +95,9 @@ std::optional<LibraryKeeper::Task> LibraryKeeper::next() {
 void LibraryKeeper::finished(const Task& task, const Result<void>& done) {
     const std::lock_guard lock(mutex_);
     if (!done && !std::exchange(complained_, true)) {
-        console_.print(done.error().localizedDescription +
-                       " New pictures may be missing from the photo library.");
+        console_.report(
+            {done.error(), Error{done.error().domain, done.error().code,
+                                 "New pictures may be missing from the photo library."}});
     }
     if (task.depth != LibraryScanner::Depth::everyFile) return;
     doneWholeScans_ = task.number;

@@ -15,18 +15,21 @@ Error savingFailure(int number, const std::filesystem::path& folder) {
         case EACCES:
         case EPERM:
         case EROFS:
-            return {PHPhotosErrorDomain, PHPhotosErrorAccessUserDenied,
-                    "The folder " + folder.string() +
-                        " refuses new files. Allow writing there, and save again."};
+            return {PHPhotosErrorDomain,
+                    PHPhotosErrorAccessUserDenied,
+                    "The folder %@ refuses new files. Allow writing there, and save again.",
+                    {folder.string()}};
         case ENOSPC:
         case EDQUOT:
-            return {PHPhotosErrorDomain, PHPhotosErrorNotEnoughSpace,
-                    "There is no space left in " + folder.string() +
-                        ". Free some space, and save again."};
+            return {PHPhotosErrorDomain,
+                    PHPhotosErrorNotEnoughSpace,
+                    "There is no space left in %@. Free some space, and save again.",
+                    {folder.string()}};
         default:
-            return {FileManager::posixErrorDomain, number,
-                    "Nothing can be saved in " + folder.string() + ": " +
-                        std::generic_category().message(number) + "."};
+            return {FileManager::posixErrorDomain,
+                    number,
+                    "Nothing can be saved in %@: %@.",
+                    {folder.string(), std::generic_category().message(number)}};
     }
 }
 

@@ -8,6 +8,7 @@
 #include <QScreen>
 #include <utility>
 
+#include "Desktop/Qml/Platform/QtCharacters.h"
 #include "Quillmere/Ads/AdmobBannerView.h"
 #include "Quillmere/Models/Video/SuperResolutionFactor.h"
 
@@ -30,11 +31,11 @@ Result<Composition*> Composition::make(const std::optional<ProjectSettings>& edi
     auto platform = DesktopPlatform::make(userLanguage(), edition);
     if (!platform) return platform.error();
     if (!(*platform)->photoLibrary()) {
-        return Error{"quillmere.application", 1,
+        return Error{errorDomain, 1,
                      "Quillmere needs a home folder to keep pictures in, and this user has none."};
     }
     if (!(*platform)->avFoundation() || !(*platform)->audioToolbox()) {
-        return Error{"quillmere.application", 1,
+        return Error{errorDomain, 1,
                      "The part of Quillmere that reads videos is missing. Install it again."};
     }
     return new Composition(*std::move(platform));
@@ -42,7 +43,6 @@ Result<Composition*> Composition::make(const std::optional<ProjectSettings>& edi
 
 Composition::Composition(std::unique_ptr<DesktopPlatform> platform)
     : platform_(std::move(platform)),
-      mail_(!platform_->projectSettings().supportAddress.empty()),
       shareSheet_(platform_->fileManager(), platform_->imageIO(), platform_->localization(),
                   alert_) {
     pumpMainQueue();
@@ -56,15 +56,28 @@ Composition::Composition(std::unique_ptr<DesktopPlatform> platform)
         TileEngine::Ports{p.userDefaults(), p.graphics(), p.coreImage(), p.vision(), *catalogue_,
                           p.dispatch(), p.analytics(), p.localization(), p.console()});
     videoFiles_ = std::make_unique<VideoFileManager>(
-        VideoFileManager::Ports{p.fileManager(), p.dateFormatter(), p.console()});
+        VideoFileManager::Ports{p.fileManager(), p.dateFormatter(), p.console(), firstCharacters});
     home_ = std::make_unique<HomeView>(HomeView::Ports{
         p.dispatch(), p.userDefaults(), p.analytics(), p.localization(), p.bundles(),
         p.fileManager(), p.imageIO(), *p.avFoundation(), application_, shareSheet_,
         app_->notificationCenter(), *videoFiles_, p.console(), p.projectSettings()});
+    waysIn_ = std::make_unique<WaysIn>(WaysIn::Ports{
+        *home_, p.dispatch(), p.fileManager(), *videoFiles_, p.imageIO(), p.localization(),
+        [&library = *p.photoLibrary()](const std::filesystem::path& file) {
+            return library.pickerResultForAsset(DesktopPhotoLibrary::identifierForFile(file));
+        }});
     bridge_ = std::make_unique<AppBridge>(
-        HomeBridge::Ports{*home_, *p.photoLibrary(), p.dispatch(), p.fileManager(), *videoFiles_,
-                          p.imageIO(), p.graphics(), p.localization()},
+        HomeBridge::Ports{*home_, *waysIn_, *p.photoLibrary(), p.imageIO(), p.graphics()},
         screens(), p.userDefaults(), p.localization(), p.bundles(), shareSheet_, alert_);
+    p.consent().setAskUser([this](UIViewController&, const std::function<void(bool)>& answered) {
+        const Localization& texts = platform_->localization();
+        alert_.alert.set(AlertTypes::twoButton(
+            texts.localizedString("ConsentTitle"), texts.localizedString("ConsentMessage"),
+            {texts.localizedString("ConsentAllow"), AlertButton::Role::standard,
+             [answered] { answered(true); }},
+            {texts.localizedString("ConsentRefuse"), AlertButton::Role::cancel,
+             [answered] { answered(false); }}));
+    });
 }
 
 void Composition::pumpMainQueue() {
@@ -103,7 +116,8 @@ DetailPorts Composition::detailPorts() {
             },
             DetailPorts::Video{*p.audioToolbox(), p.videoToolbox(), p.coreImage(), p.fileManager(),
                                p.crashLog(), p.console(), app_->notificationCenter(),
-                               [this]() -> CIContext& { return engine_->sharedCIContext(); }}};
+                               [this]() -> CIContext& { return engine_->sharedCIContext(); },
+                               *videoFiles_}};
 }
 
 AppBridge::Screens Composition::screens() {

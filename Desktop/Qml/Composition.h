@@ -20,6 +20,8 @@ namespace quillmere {
 /// uses it until the process ends.
 class Composition {
 public:
+    static constexpr const char* errorDomain = "quillmere.application";
+
     /// In the user's language; of another edition than the installed one, if `edition` is told.
     /// Fails, with a sentence for the user, where something of the program's own is missing.
     static Result<Composition*> make(const std::optional<ProjectSettings>& edition = {});
@@ -52,6 +54,7 @@ private:
     std::unique_ptr<TileEngine> engine_;
     std::unique_ptr<VideoFileManager> videoFiles_;
     std::unique_ptr<HomeView> home_;
+    std::unique_ptr<WaysIn> waysIn_;
     std::unique_ptr<AppBridge> bridge_;
 };
 

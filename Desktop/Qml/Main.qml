@@ -27,6 +27,7 @@ Window {
         // Nor the keyboard nor a screen reader gets beneath what lies over it.
         enabled: !detail.active && !picker.shown && !cropper.active && !settings.shown
             && !App.shareSheet.isShown && !App.home.alert.isShown && !App.alert.isShown
+            && !App.home.isLoading
         focus: enabled
     }
     Loader {
@@ -35,6 +36,8 @@ Window {
         active: App.detail !== null
         sourceComponent: Component { DetailScreen { } }
         enabled: !settings.shown && App.preview === null && !App.shareSheet.isShown
+            && !App.alert.isShown
+        focus: active && enabled
         onActiveChanged: {
             if (active) item.forceActiveFocus()
             else App.home.appear()
@@ -43,7 +46,8 @@ Window {
     Loader {
         anchors.fill: parent
         active: App.preview !== null
-        enabled: !App.shareSheet.isShown
+        enabled: !App.shareSheet.isShown && !App.alert.isShown
+        focus: active && enabled
         sourceComponent: Component { VideoPreview { } }
         onActiveChanged: {
             if (active) item.forceActiveFocus()
@@ -53,6 +57,11 @@ Window {
     LibraryPicker {
         id: picker
         shown: App.home.showsPicturePicker || App.home.showsVideoPicker
+    }
+    LoadingSheet {
+        active: App.home.isLoading
+        onDismissed: App.home.cancelLoading()
+        z: 10
     }
     Loader {
         id: cropper
@@ -68,10 +77,11 @@ Window {
         anchors.fill: parent
         active: shown
         enabled: !App.shareSheet.isShown && !App.alert.isShown
+        focus: active && enabled
         sourceComponent: Component { SettingsSheet { } }
         z: 11
     }
-    ShareMenu { z: 12 }
+    ShareMenu { focus: shown && !App.alert.isShown; z: 12 }
     AlertBox { alert: App.home.alert; z: 13 }
     AlertBox { alert: App.alert; z: 13 }
 
@@ -94,7 +104,12 @@ Window {
             border.width: 3
         }
     }
-    Shortcut { sequences: [StandardKey.Paste]; enabled: home.enabled && !ad.shown; onActivated: App.home.paste() }
+    Shortcut {
+        sequences: [StandardKey.Paste]
+        // What is pasted takes the place of what is still on its way.
+        enabled: (home.enabled || App.home.isLoading) && !ad.shown
+        onActivated: App.home.paste()
+    }
     // The application ends with its window, which asks where that would end work. Not every desktop
     // has a standard key for it.
     Shortcut { sequence: "Ctrl+Q"; onActivated: window.close() }

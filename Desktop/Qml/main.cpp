@@ -35,10 +35,10 @@ bool hasDisplay(int argc, char** argv) {
 /// Ends the process where the arguments ask for no window, or are none of ours.
 QList<QUrl> filesOf(const QGuiApplication& application) {
     QCommandLineParser parser;
-    parser.setApplicationDescription("Enlarges and sharpens pictures and videos.");
+    parser.setApplicationDescription("Enlarges and sharpens pictures and videos");
     parser.addHelpOption();
     parser.addVersionOption();
-    parser.addPositionalArgument("files", "Pictures, or a video, to open.", "[files...]");
+    parser.addPositionalArgument("files", "Pictures, or a video, to open", "[files...]");
     parser.process(application);
     QList<QUrl> files;
     for (const QString& argument : parser.positionalArguments()) {
@@ -72,8 +72,8 @@ void tellTheDesktop(Composition& composition, QQuickWindow& window, DesktopShell
     });
 }
 
-int fail(const std::string& sentence) {
-    std::fprintf(stderr, "quillmere: %s\n", sentence.c_str());
+int fail(const Error& error) {
+    std::fprintf(stderr, "quillmere: %s\n", DesktopPlatform::reasonOf(error).c_str());
     return EXIT_FAILURE;
 }
 
@@ -81,7 +81,8 @@ int fail(const std::string& sentence) {
 
 int main(int argc, char** argv) {
     if (!hasDisplay(argc, argv)) {
-        return fail("There is no display. quillmere-cli does the same work without one.");
+        return fail({Composition::errorDomain, 1,
+                     "There is no display. quillmere-cli does the same work without one."});
     }
     QGuiApplication qt(argc, argv);
     QGuiApplication::setApplicationName("quillmere");
@@ -93,24 +94,25 @@ int main(int argc, char** argv) {
     if (SingleInstance::handOver(files)) return EXIT_SUCCESS;
 
     const auto made = Composition::make();
-    if (!made) return fail(made.error().localizedDescription);
+    if (!made) return fail(made.error());
     Composition& composition = **made;
     DesktopPlatform& platform = composition.platform();
     composition.app().appDelegate().applicationDidFinishLaunching();
 
     QQmlApplicationEngine engine;
     QQuickWindow* const opened = openMainWindow(composition, engine);
-    if (!opened) return fail("The window could not be opened.");
+    if (!opened) return fail({Composition::errorDomain, 1, "The window could not be opened."});
     QQuickWindow& window = *opened;
 
     DesktopShell shell;
     tellTheDesktop(composition, window, shell);
-    SessionEvents session(
-        [&composition] { composition.app().scenePhaseChanged(ScenePhase::background); });
     const auto tellPhase = [&] {
         composition.app().scenePhaseChanged(window.isActive() ? ScenePhase::active
                                                               : ScenePhase::inactive);
     };
+    // A window that slept as the active one is not told by Qt that it still is.
+    SessionEvents session(
+        [&composition] { composition.app().scenePhaseChanged(ScenePhase::background); }, tellPhase);
     QObject::connect(&window, &QWindow::activeChanged, &window, tellPhase);
     SingleInstance instance([&](const QList<QUrl>& more) {
         window.show();

@@ -12,9 +12,8 @@
 namespace quillmere {
 namespace {
 
-Error failure(int status, const std::string& complaint) {
-    return {DesktopRemoteConfig::errorDomain, status,
-            "The server of the remote values " + complaint + "."};
+Error failure(int status, std::string sentence, std::vector<std::string> values = {}) {
+    return {DesktopRemoteConfig::errorDomain, status, std::move(sentence), std::move(values)};
 }
 
 std::string entityTagOf(const HTTPURLResponse& response) {
@@ -61,10 +60,12 @@ struct DesktopRemoteConfig::State {
             fetched->fetchedAt = now();
         } else if (status == 200) {
             auto values = configValues(nlohmann::json::parse(answer->data, nullptr, false));
-            if (!values) return failure(status, "answered with something else than a JSON object");
+            if (!values)
+                return failure(status, "The server of the remote values gave no JSON object.");
             fetched = FetchedConfig{*std::move(values), entityTagOf(*answer->response), now()};
         } else {
-            return failure(status, "answered with the status " + std::to_string(status));
+            return failure(status, "The server of the remote values answered with the status %@.",
+                           {std::to_string(status)});
         }
         const FetchedConfig taken = *fetched;
         lock.unlock();  // no reader waits for the disk
@@ -77,8 +78,9 @@ struct DesktopRemoteConfig::State {
         if (!cache) return;
         const auto stored = cache->store(taken);
         if (!stored) {
-            console.print("The remote values are not kept for the next start: " +
-                          stored.error().localizedDescription);
+            console.report(
+                {stored.error(), Error{errorDomain, stored.error().code,
+                                       "The remote values are not kept for the next start."}});
         }
     }
 };
@@ -103,8 +105,11 @@ void DesktopRemoteConfig::setDefaultsFromPlistFileName(std::string_view fileName
         if (contents) defaults = configValuesFromPropertyList(*contents);
     }
     if (!defaults) {
-        ports_.console.print("The property list " + std::string(fileName) +
-                             " can't be read; no remote value has a default.");
+        ports_.console.report(
+            {Error{errorDomain,
+                   0,
+                   "The property list %@ can't be read; no remote value has a default.",
+                   {std::string(fileName)}}});
     }
     const std::lock_guard lock(state_->mutex);
     state_->defaults = std::move(defaults).value_or(ConfigValues());

@@ -5,7 +5,8 @@
 namespace quillmere {
 namespace {
 
-std::string sentence(URLErrorCode code, const std::string& host) {
+/// With a place for the server's name.
+const char* sentenceOf(URLErrorCode code) {
     switch (code) {
         case URLErrorCode::unknown:
             return "The request failed for want of memory or of another resource of this machine.";
@@ -14,29 +15,28 @@ std::string sentence(URLErrorCode code, const std::string& host) {
         case URLErrorCode::badURL:
             return "The request's address or header is malformed.";
         case URLErrorCode::timedOut:
-            return "The server " + host + " took too long to answer. Try again later.";
+            return "The server %@ took too long to answer. Try again later.";
         case URLErrorCode::unsupportedURL:
             return "Only addresses that begin with http or https can be reached.";
         case URLErrorCode::cannotFindHost:
-            return "The server " + host + " can't be found. Check the connection to the internet.";
+            return "The server %@ can't be found. Check the connection to the internet.";
         case URLErrorCode::cannotConnectToHost:
-            return "The server " + host +
-                   " can't be reached. Check the connection to the internet.";
+            return "The server %@ can't be reached. Check the connection to the internet.";
         case URLErrorCode::networkConnectionLost:
-            return "The connection to " + host + " was lost. Try again.";
+            return "The connection to %@ was lost. Try again.";
         case URLErrorCode::httpTooManyRedirects:
-            return "The server " + host + " redirects the request without end.";
+            return "The server %@ redirects the request without end.";
         case URLErrorCode::badServerResponse:
-            return "The answer of the server " + host + " can't be understood.";
+            return "The answer of the server %@ can't be understood.";
         case URLErrorCode::appTransportSecurityRequiresSecureConnection:
-            return "The server " + host + " redirects to an address that is not secure.";
+            return "The server %@ redirects to an address that is not secure.";
         case URLErrorCode::dataLengthExceedsMaximum:
-            return "The answer of the server " + host + " is too long.";
+            return "The answer of the server %@ is too long.";
         case URLErrorCode::secureConnectionFailed:
-            return "A secure connection to " + host + " can't be made.";
+            return "A secure connection to %@ can't be made.";
         case URLErrorCode::serverCertificateUntrusted:
-            return "The certificate of the server " + host +
-                   " can't be trusted. Check the date of this machine and its connection.";
+            return "The certificate of the server %@ can't be trusted. Check the date of this "
+                   "machine and its connection.";
     }
     invariantBroken();
 }
@@ -79,7 +79,7 @@ URLErrorCode codeOf(CURLcode code) {
 }  // namespace
 
 Error urlError(URLErrorCode code, const std::string& host) {
-    return {URLSession::errorDomain, static_cast<int>(code), sentence(code, host)};
+    return {URLSession::errorDomain, static_cast<int>(code), sentenceOf(code), {host}};
 }
 
 Error urlError(CURLcode code, const std::string& host) { return urlError(codeOf(code), host); }

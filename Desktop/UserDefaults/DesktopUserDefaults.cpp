@@ -89,8 +89,8 @@ bool DesktopUserDefaults::isStored() const {
 
 void DesktopUserDefaults::complain(const Error& error) const {
     if (std::exchange(complained_, true)) return;
-    console_.print(error.localizedDescription +
-                   " Settings that change now last until the program ends.");
+    console_.report({error, Error{error.domain, error.code,
+                                  "Settings that change now last until the program ends."}});
 }
 
 }  // namespace quillmere

@@ -17,9 +17,10 @@ namespace {
 constexpr mode_t folderMode = 0700;
 
 Error failure(const fs::path& file, int number) {
-    return {SettingsStore::errorDomain, SettingsStore::unavailable,
-            "The settings at " + file.string() +
-                " can't be used: " + std::generic_category().message(number) + "."};
+    return {SettingsStore::errorDomain,
+            SettingsStore::unavailable,
+            "The settings at %@ can't be used: %@.",
+            {file.string(), std::generic_category().message(number)}};
 }
 
 FileDescriptor openFolder(const fs::path& folder) {
@@ -78,8 +79,11 @@ Result<std::unique_ptr<SettingsStore>> openSettingsFile(const fs::path& file, Co
     if (!store && store.error().code == SettingsStore::damaged) {
         const auto aside = moveAside(file);
         if (!aside) return aside.error();
-        console.print(store.error().localizedDescription + " They lie at " + aside->string() +
-                      " now, and all settings begin anew.");
+        console.report({Error{
+            SettingsStore::errorDomain,
+            SettingsStore::damaged,
+            "The settings at %@ are damaged. They lie at %@ now, and all settings begin anew.",
+            {file.string(), aside->string()}}});
         store = SettingsStore::open(file);
     }
     if (!store && store.error().code == SettingsStore::unavailable) {

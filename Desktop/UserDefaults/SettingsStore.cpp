@@ -58,19 +58,24 @@ std::string uriOf(const std::string& path, const char* parameters) {
     return uri + "?" + parameters;
 }
 
-std::string reasonOf(sqlite3* connection, int code) {
+/// For what SQLite answered, with places for the file and, where nothing better is known, a reason.
+const char* sentenceOf(int code) {
     switch (code & 0xFF) {
         case SQLITE_FULL:
-            return "the disk is full";
+            return "The settings at %@ can't be used: the disk is full.";
         case SQLITE_READONLY:
-            return "the file or its folder refuses writing";
+            return "The settings at %@ can't be used: the file or its folder refuses writing.";
         case SQLITE_CANTOPEN:
-            return "the file can't be opened, or its folder refuses writing";
+            return "The settings at %@ can't be used: the file can't be opened, or its folder "
+                   "refuses writing.";
         case SQLITE_BUSY:
-            return "another program keeps the file locked";
+            return "The settings at %@ can't be used: another program keeps the file locked.";
         default:
-            break;
+            return "The settings at %@ can't be used: %@.";
     }
+}
+
+std::string reasonOf(sqlite3* connection, int code) {
     if (const int system = connection ? sqlite3_system_errno(connection) : 0; system != 0) {
         return std::generic_category().message(system);
     }
@@ -197,11 +202,9 @@ Error SettingsStore::failure(int code) {
     if (isDamage) {
         // Closing must leave the files as they are, for whoever wants to save something.
         sqlite3_db_config(connection_.get(), SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
-        return {errorDomain, damaged, "The settings at " + path_ + " are damaged."};
+        return {errorDomain, damaged, "The settings at %@ are damaged.", {path_}};
     }
-    return {
-        errorDomain, unavailable,
-        "The settings at " + path_ + " can't be used: " + reasonOf(connection_.get(), code) + "."};
+    return {errorDomain, unavailable, sentenceOf(code), {path_, reasonOf(connection_.get(), code)}};
 }
 
 }  // namespace quillmere

@@ -35,6 +35,9 @@ struct AVVideoOutputSettings {
     double height = 0;
     /// `AVVideoAverageBitRateKey`, in bits a second; 0 leaves it to the encoder.
     float averageBitRate = 0;
+    /// `AVVideoQualityKey`, 0 to 1: the same for each picture, at whatever data rate that takes. In
+    /// place of `averageBitRate`.
+    std::optional<float> quality = {};
 };
 
 struct AVAudioOutputSettings {

@@ -74,8 +74,10 @@ public:
     /// Keeps the machine from sleeping for want of a user, while work goes on.
     virtual void setIdleTimerDisabled(bool disabled) = 0;
 
-    /// Whether some program opens addresses of that scheme.
-    virtual bool canOpenURL(std::string_view url) const = 0;
+    /// Whether some program opens addresses of that scheme, as far as is known at once. Where the
+    /// system takes a while to tell, this is no, and `answered` hears of it later, on the main
+    /// thread.
+    virtual bool canOpenURL(std::string_view url, std::function<void(bool can)> answered) = 0;
     /// Hands the address to the program that opens it; `completionHandler`, which may be empty, is
     /// told on the main thread whether there was one.
     virtual void openURL(std::string url, std::function<void(bool opened)> completionHandler) = 0;

@@ -19,7 +19,7 @@ public:
     virtual ~UIActivityViewController() = default;
 
     /// Shows what this system can do with the items, over `presenter`. Which of it the user takes,
-    /// if any, is not told. A file has to stay for as long as the application runs. Main thread.
+    /// if any, is not told. A file has to stay while they are shown. Main thread.
     virtual void present(std::vector<ActivityItem> items, UIViewController& presenter) = 0;
 };
 

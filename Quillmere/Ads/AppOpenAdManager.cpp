@@ -6,7 +6,7 @@
 namespace quillmere {
 
 bool AppOpenAdManager::isUsable() const {
-    return appOpenAd_ && loadTime_ && ports_.dispatch.now() - *loadTime_ < timeoutInterval;
+    return appOpenAd_ && loadTime_ && ports_.now() - *loadTime_ < timeoutInterval;
 }
 
 void AppOpenAdManager::loadAd() {
@@ -31,7 +31,7 @@ void AppOpenAdManager::loaded(const Result<GADFullScreenAdRef>& ad) {
     }
     appOpenAd_ = *ad;
     appOpenAd_->setFullScreenContentDelegate(weak_from_this());
-    loadTime_ = ports_.dispatch.now();
+    loadTime_ = ports_.now();
     ports_.console.print("App open ad loaded successfully.");
 }
 

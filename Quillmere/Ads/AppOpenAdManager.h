@@ -2,14 +2,15 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
+#include "Base/Date.h"
 #include "Platform/AdLibrary/AdLibrary.h"
 #include "Platform/Application/Console.h"
 #include "Platform/Application/UIApplication.h"
-#include "Platform/Dispatch/Dispatch.h"
 #include "Platform/UserDefaults/UserDefaults.h"
 
 namespace quillmere {
@@ -32,15 +33,16 @@ public:
         GADMobileAds& mobileAds;
         const UIApplication& application;
         const UserDefaults& userDefaults;
-        const Dispatch& dispatch;  // for its clock
         Console& console;
+        /// Goes on while the machine sleeps, as the clock of the queues does not.
+        std::function<Date()> now = [] { return std::chrono::system_clock::now(); };
     };
 
     /// How long a loaded ad stays usable.
     static constexpr std::chrono::seconds timeoutInterval{14400};
 
-    AppOpenAdManager(const Ports& ports, std::string adUnitID)
-        : ports_(ports), adUnitID_(std::move(adUnitID)) {}
+    AppOpenAdManager(Ports ports, std::string adUnitID)
+        : ports_(std::move(ports)), adUnitID_(std::move(adUnitID)) {}
 
     std::weak_ptr<AppOpenAdManagerDelegate> appOpenAdManagerDelegate;
 
@@ -68,7 +70,7 @@ private:
     Ports ports_;
     const std::string adUnitID_;
     GADFullScreenAdRef appOpenAd_;
-    std::optional<std::chrono::nanoseconds> loadTime_;  // by the clock of the dispatch
+    std::optional<Date> loadTime_;
     bool isLoadingAd_ = false;
     bool isShowingAd_ = false;
     bool hasStartCompleted_ = false;

@@ -43,7 +43,7 @@ TEST(Options, TakesEveryOptionInAnyOrder) {
     EXPECT_TRUE(options.force && options.json && options.quiet);
 }
 
-TEST(Options, WrongUseIsToldWithCodeTwo) {
+TEST(Options, WrongUseIsTold) {
     struct Case {
         std::vector<const char*> arguments;
         const char* says;
@@ -65,22 +65,21 @@ TEST(Options, WrongUseIsToldWithCodeTwo) {
         {{"settings", "noSuchKey"}, "no setting noSuchKey; there are: enableCropKey, "},
         {{"settings", "noSuchKey", "1"}, "no setting noSuchKey"},
         {{"settings", ""}, "no setting"},
-        {{"settings", "imageFormatKey", "gif"}, "can't be \"gif\"; it is jpg, heic or png"},
+        {{"settings", "imageFormatKey", "gif"}, "can't be \"gif\"; it takes: jpg, heic, png"},
         {{"settings", "imageFormatKey", "1"}, "can't be"},
         {{"settings", "imageFormatKey", ""}, "can't be"},
-        {{"settings", "resolutionLimitIndexKey", "1"}, "1024 or 2048"},
-        {{"settings", "enableCropKey", "yes"}, "true or false"},
-        {{"settings", "launchCountKey", "-1"}, "whole number"},
-        {{"settings", "launchCountKey", "1.5"}, "whole number"},
-        {{"settings", "launchCountKey", "9223372036854775808"}, "whole number"},
+        {{"settings", "resolutionLimitIndexKey", "1"}, "1024, 2048"},
+        {{"settings", "enableCropKey", "yes"}, "true, false"},
+        {{"settings", "launchCountKey", "-1"}, "0, 1, 2"},
+        {{"settings", "launchCountKey", "1.5"}, "0, 1, 2"},
+        {{"settings", "launchCountKey", "9223372036854775808"}, "0, 1, 2"},
         {{"settings", "launchCountKey", "1", "2"}, "2"},
     };
     for (const Case& c : cases) {
         const Command command = parse(c.arguments);
-        const auto* message = std::get_if<Message>(&command);
-        ASSERT_TRUE(message) << c.says;
-        EXPECT_EQ(message->exitCode, 2);
-        EXPECT_THAT(message->text, HasSubstr(c.says));
+        const auto* error = std::get_if<Error>(&command);
+        ASSERT_TRUE(error) << c.says;
+        EXPECT_THAT(error->localizedDescription, HasSubstr(c.says));
     }
 }
 
@@ -112,7 +111,6 @@ TEST(Options, ASettingTakesAValueOfItsKind) {
 TEST(Options, HelpAndVersionSucceed) {
     for (const auto& [argument, says] : {std::pair{"--help", "enhance"}, {"--version", "0."}}) {
         const auto message = std::get<Message>(parse({argument}));
-        EXPECT_EQ(message.exitCode, 0);
         EXPECT_THAT(message.text, HasSubstr(says));
     }
     EXPECT_THAT(std::get<Message>(parse({"enhance", "--help"})).text, HasSubstr("--limit"));

@@ -50,6 +50,7 @@ Channel makeChannel(bool terminal) {
     dup2(err, STDERR_FILENO);
     if (chdir(folder.c_str()) != 0) _exit(126);
     setenv("HOME", home.c_str(), 1);
+    setenv("QUILLMERE_LANGUAGE", "en", 1);
     for (const char* name :
          {"XDG_CACHE_HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_STATE_HOME"}) {
         unsetenv(name);

@@ -68,14 +68,16 @@ public:
     std::vector<UIScene*> connectedScenes() const override { return scenes; }
     std::vector<std::string> openable;  // beginnings of addresses
     std::vector<std::string> opened;
+    std::function<void(bool)> answered;  // of the last question
 
     void setIdleTimerDisabled(bool disabled) override { idleTimerDisabled = disabled; }
-    bool canOpenURL(std::string_view url) const override {
+    bool canOpenURL(std::string_view url, std::function<void(bool)> later) override {
+        answered = std::move(later);
         return std::any_of(openable.begin(), openable.end(),
                            [&](const std::string& start) { return url.starts_with(start); });
     }
     void openURL(std::string url, std::function<void(bool)> completionHandler) override {
-        const bool can = canOpenURL(url);
+        const bool can = canOpenURL(url, {});
         opened.push_back(std::move(url));
         if (completionHandler) completionHandler(can);
     }

@@ -32,7 +32,7 @@ protected:
             app.takePicture(picture);
             app.press(Qt::Key_Escape);
         }
-        EXPECT_TRUE(app.waitUntil([&] { return shown().isEmpty(); }));
+        EXPECT_TRUE(app.waitUntil([&] { return shown().isEmpty() && !app.find("Ad"); }));
         return name;
     }
     void openSample() {
@@ -114,6 +114,7 @@ TEST_P(AdWindowTest, ASavesAdComesOnTheTurnsThatTheReviewLeaves) {
             << "the screen beneath has the keyboard again";
     }
     EXPECT_TRUE(app.click("Back"));
+    EXPECT_TRUE(app.waitUntil([&] { return app.bridge().detail() == nullptr; }));
 }
 
 TEST_P(AdWindowTest, TheBannerStandsBeneathTheDetailScreenAndNowhereElse) {

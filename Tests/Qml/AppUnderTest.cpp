@@ -3,7 +3,9 @@
 #include <QAccessible>
 #include <QElapsedTimer>
 #include <cstdlib>
+#include <fstream>
 
+#include "Tests/EventLines.h"
 #include "Tests/TemporaryFolder.h"
 
 namespace quillmere {
@@ -29,15 +31,23 @@ bool isSeen(const QQuickItem* item) {
     return true;
 }
 
-QQuickItem* findIn(QQuickItem* item, const QString& text, bool onlyButtons) {
+QQuickItem* findIn(QQuickItem* item, const std::function<bool(const QQuickItem&)>& isIt) {
     // What lies on top comes first.
     const auto children = item->childItems();
     for (auto child = children.rbegin(); child != children.rend(); ++child) {
-        if (QQuickItem* found = findIn(*child, text, onlyButtons)) return found;
+        if (QQuickItem* found = findIn(*child, isIt)) return found;
     }
-    const bool isOfKind = !onlyButtons || item->inherits("QQuickAbstractButton");
-    const bool isCalled = isOfKind && item->property("text").toString() == text;
-    return isCalled && isSeen(item) && item->width() > 0 ? item : nullptr;
+    return isIt(*item) && isSeen(item) && item->width() > 0 ? item : nullptr;
+}
+
+/// Without a display there is a screen of 800 by 800 points, unless another height is asked for.
+std::string screen(const std::filesystem::path& file) {
+    const char* height = std::getenv("QUILLMERE_TEST_SCREEN_HEIGHT");
+    if (!height) return "offscreen";
+    std::ofstream(file) << R"({"screens": [{"name": "high", "x": 0, "y": 0, "width": 1920, )"
+                        << R"("logicalDpi": 96, "logicalBaseDpi": 96, "dpr": 1, "height": )"
+                        << height << "}]}";
+    return "offscreen:configfile=" + file.string();
 }
 
 }  // namespace
@@ -73,8 +83,17 @@ bool AppUnderTest::waitUntil(const std::function<bool()>& predicate) {
 }
 
 QQuickItem* AppUnderTest::find(const QString& text) {
-    QQuickItem* button = findIn(window_->contentItem(), text, true);
-    return button ? button : findIn(window_->contentItem(), text, false);
+    const auto isCalled = [&](const QQuickItem& item) {
+        return item.property("text").toString() == text;
+    };
+    QQuickItem* button = findItem([&](const QQuickItem& item) {
+        return item.inherits("QQuickAbstractButton") && isCalled(item);
+    });
+    return button ? button : findItem(isCalled);
+}
+
+QQuickItem* AppUnderTest::findItem(const std::function<bool(const QQuickItem&)>& isIt) {
+    return findIn(window_->contentItem(), isIt);
 }
 
 QPointF AppUnderTest::middleOf(const QQuickItem& item) {
@@ -123,6 +142,30 @@ void AppUnderTest::takePicture(const std::string& name) {
 
 void AppUnderTest::press(Qt::Key key) { QTest::keyClick(window_, key); }
 
+std::vector<std::string> AppUnderTest::events() {
+    std::vector<std::string> lines;
+    const auto record = testHome() / ".local/state/quillmere" / EventFile::name;
+    for (const nlohmann::json& event : eventsIn(record)) {
+        std::string line = event.at("event");
+        for (const auto& [key, value] : event.at("parameters").items()) {
+            line += " " + key + "=" + value.get<std::string>();
+        }
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+void AppUnderTest::saveSample() {
+    ASSERT_TRUE(click(bridge().text("SamplePhoto")));
+    ASSERT_TRUE(click(bridge().text("superSpeed")));
+    ASSERT_TRUE(waitUntil([&] {
+        const DetailBridge* detail = bridge().detail();
+        return detail && !detail->isConverting() && detail->resultSize() == "1804 x 1200";
+    }));
+    ASSERT_TRUE(click(bridge().text("Save")));
+    ASSERT_TRUE(waitUntil([&] { return find(bridge().text("CompletedToSave")) != nullptr; }));
+}
+
 }  // namespace quillmere
 
 int main(int argc, char** argv) {
@@ -139,7 +182,7 @@ int main(int argc, char** argv) {
     setenv("QUILLMERE_LANGUAGE", "en", 0);
     setenv("HOME", folder.path().c_str(), 1);
     setenv("XDG_RUNTIME_DIR", (folder / "run").c_str(), 1);
-    setenv("QT_QPA_PLATFORM", "offscreen", 1);
+    setenv("QT_QPA_PLATFORM", quillmere::screen(folder / "screen.json").c_str(), 1);
     setenv("QT_QUICK_BACKEND", "software", 1);
     QGuiApplication application(argc, argv);
     const int code = RUN_ALL_TESTS();

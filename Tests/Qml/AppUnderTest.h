@@ -12,6 +12,7 @@
 #include <functional>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "Desktop/Qml/Composition.h"
 #include "Desktop/Qml/MainWindow.h"
@@ -32,6 +33,7 @@ public:
     static bool waitUntil(const std::function<bool()>& predicate);
     /// The button of this text, or else what shows it, that can be seen; null without one.
     QQuickItem* find(const QString& text);
+    QQuickItem* findItem(const std::function<bool(const QQuickItem&)>& isIt);
     /// Waits for it, and clicks on its middle. False where it does not come.
     bool click(const QString& text);
     void drag(QPointF from, QPointF to);
@@ -40,6 +42,10 @@ public:
     /// Without that folder, the window is only drawn.
     void takePicture(const std::string& name);
     static QPointF middleOf(const QQuickItem& item);
+    /// What the record of events holds so far, which it is told a little later: "NAME KEY=VALUE".
+    static std::vector<std::string> events();
+    /// Opens the sample, lets the fastest style convert it, and saves it: the share screen comes.
+    void saveSample();
 
 private:
     explicit AppUnderTest(const std::optional<ProjectSettings>& edition);

@@ -113,7 +113,7 @@ TEST_P(Screenshots, EveryScreenShowsWhatItMust) {
     ASSERT_TRUE(shows("ShareCopy"));
     take("share");
     app.bridge().shareSheet()->close();
-    detail.shareBackgroundTapped();
+    detail.closeShare();
     app.bridge().back();
 
     const auto clip = testHome() / "clip.mp4";

@@ -1,8 +1,14 @@
 // The ways out of the window: to other programs, and to a server. Scripts and a server of the test
-// stand there.
+// stand there, in an edition that has them all.
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <QClipboard>
 #include <QDesktopServices>
+#include <QFileInfo>
 #include <QMimeData>
+#include <QUrlQuery>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -10,6 +16,9 @@
 #include <vector>
 
 #include "Quillmere/Models/Services/MoreApp.h"
+#include "Quillmere/Models/Services/PreferenceKeys.h"
+#include "Tests/Desktop/ImageIO/ExifTool.h"
+#include "Tests/EventLines.h"
 #include "Tests/LoopbackServer.h"
 #include "Tests/Qml/AppUnderTest.h"
 
@@ -23,7 +32,7 @@ class Opened : public QObject {
     Q_OBJECT
 public:
     Opened() {
-        for (const char* scheme : {"https", "file"}) {
+        for (const char* scheme : {"https", "file", "instagram"}) {
             QDesktopServices::setUrlHandler(scheme, this, "open");
         }
     }
@@ -39,6 +48,8 @@ protected:
         writeProgram("xdg-email", "printf '%s\\n' \"$@\" >'" + mail.string() + "'");
         const std::string path = std::getenv("PATH");
         setenv("PATH", (testHome().string() + ":" + path).c_str(), 1);
+        countSaves(0);
+        log("AppBecomeActive");
     }
 
     static ProjectSettings edition() {
@@ -60,6 +71,26 @@ protected:
         const auto file = testHome() / name;
         std::ofstream(file) << "#!/bin/sh\n" << command << "\n";
         fs::permissions(file, fs::perms::owner_all);
+    }
+    void countSaves(int saves) {
+        app.composition().platform().userDefaults().setInteger(saves, reviewCountKey);
+    }
+    void log(const char* event) {
+        app.composition().platform().analytics().logEventWithName(event, std::nullopt);
+    }
+    /// Those of this test: it lies between two that nothing else here causes.
+    void expectEvents(const std::vector<std::string>& expected) {
+        log("AppGoBackground");
+        std::vector<std::string> told;
+        EXPECT_TRUE(app.waitUntil([&] {
+            told.clear();
+            for (const std::string& event : AppUnderTest::events()) {
+                event == "AppBecomeActive" ? told.clear() : told.push_back(event);
+            }
+            return !told.empty() && told.back() == "AppGoBackground";
+        }));
+        told.pop_back();
+        EXPECT_EQ(told, expected);
     }
     QString text(const char* key) { return app.bridge().text(key); }
     ShareSheet& sheet() { return *app.bridge().shareSheet(); }
@@ -123,7 +154,7 @@ TEST_F(WaysOutWindowTest, EachShareOptionLeadsToTheSheetAndEachOfItsLinesOut) {
 
     go("ShareOther", nullptr);
     sheet().saveAs(QUrl::fromLocalFile("/missing/a.png"));
-    ASSERT_TRUE(app.waitUntil([&] { return app.find(text("NSPOSIXErrorDomain.2")); }));
+    ASSERT_TRUE(app.waitUntil([&] { return app.find("There is no folder /missing."); }));
     ASSERT_TRUE(app.click("OK"));
     EXPECT_TRUE(sheet().isShown()) << "for another try";
     const QString target = QString::fromStdString((testHome() / "a.png").string());
@@ -133,6 +164,104 @@ TEST_F(WaysOutWindowTest, EachShareOptionLeadsToTheSheetAndEachOfItsLinesOut) {
 
     go("ShareToFriends", "ShareCopy");
     EXPECT_EQ(pasted()->text(), "\"" + text("AppName") + "\" https://store.example/quillmere");
+}
+
+TEST_F(WaysOutWindowTest, ASaveIsCountedBeforeItsScreenAndATapIsToldBeforeItsSheet) {
+    app.saveSample();
+    EXPECT_NE(app.find(allMoreApps[1].title), nullptr) << "the one whose turn it is by this save";
+    for (const char* button : {"ShareImage", "SendMessage"}) {
+        ASSERT_TRUE(app.click(text(button)));
+        ASSERT_TRUE(app.click(text("Cancel")));
+        ASSERT_TRUE(app.waitUntil([&] { return app.find(text("Cancel")) == nullptr; }));
+    }
+    expectEvents({"ShowDetail", "TryConvert Style=8", "ConvertSuccess Style=8", "TrySave Style=8",
+                  "Save Style=8", "share_view_displayed variant=enhanced",
+                  "abtest_impression variant=enhanced",
+                  "share_image_tapped source=main_button variant=enhanced",
+                  "share_sheet_open option=image variant=enhanced",
+                  "share_option_tapped option=message variant=enhanced",
+                  "share_sheet_open option=message variant=enhanced"});
+}
+
+TEST_F(WaysOutWindowTest, FourEscapesCloseTheShareScreenOnceAndGiveTheKeyboardBack) {
+    const auto shows = [&](const char* key) {
+        return app.waitUntil([&] { return app.find(text(key)) != nullptr; });
+    };
+    app.saveSample();
+    // All of them before the window has drawn anything.
+    for (int i = 0; i < 4; ++i) {
+        QKeyEvent escape(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+        QCoreApplication::sendEvent(&app.window(), &escape);
+    }
+    ASSERT_TRUE(app.waitUntil([&] { return app.find(text("ShareImage")) == nullptr; }));
+    const QQuickItem* focused = app.window().activeFocusItem();
+    EXPECT_EQ(focused ? focused->property("text").toString() : "", text("Save"));
+    countSaves(0);
+    app.press(Qt::Key_Return);
+    ASSERT_TRUE(shows("ShareImage"));
+    // One after the other: the second one leads home.
+    for (int i = 0; i < 4; ++i) app.press(Qt::Key_Escape);
+    ASSERT_TRUE(shows("TrySample"));
+    expectEvents({"ShowDetail", "TryConvert Style=8", "ConvertSuccess Style=8", "TrySave Style=8",
+                  "Save Style=8", "share_view_displayed variant=enhanced",
+                  "abtest_impression variant=enhanced", "TrySave Style=8", "Save Style=8",
+                  "share_view_displayed variant=enhanced", "abtest_impression variant=enhanced"});
+}
+
+TEST_F(WaysOutWindowTest, WhatWasHandedOutIsThereAfterTheWayHome) {
+    const auto copied = [&](const char* button) {
+        EXPECT_TRUE(app.click(text(button)));
+        EXPECT_TRUE(app.click(text("ShareCopy")));
+        EXPECT_TRUE(app.waitUntil([&] { return !sheet().isShown(); }));
+        const auto urls = QGuiApplication::clipboard()->mimeData()->urls();
+        return urls.isEmpty() ? QString() : urls[0].toLocalFile();
+    };
+    const auto goHome = [&] {
+        ASSERT_TRUE(app.waitUntil([&] {
+            app.press(Qt::Key_Escape);
+            return app.find(text("TrySample")) != nullptr;
+        }));
+    };
+    app.saveSample();
+    const QString picture = copied("ShareImage");
+    goHome();
+    EXPECT_EQ(QImage(picture).size(), QSize(1804, 1200));
+
+    const auto clip = testHome() / "clip.mp4";
+    outputOf("ffmpeg -v error -f lavfi -i testsrc=size=64x48:rate=5:duration=1 " + clip.string());
+    app.bridge().home()->open({QUrl::fromLocalFile(QString::fromStdString(clip.string()))});
+    ASSERT_TRUE(app.click(text("Convert")));
+    const QString video = copied("Share");
+    goHome();
+    EXPECT_GT(QFileInfo(video).size(), 1000);
+}
+
+TEST_F(WaysOutWindowTest, TheOtherApplicationIsOfferedWhenTheSystemHasToldOfIt) {
+    const fs::path asked = testHome() / "asked", answer = testHome() / "answer";
+    ASSERT_EQ(mkfifo(answer.c_str(), 0600), 0);
+    writeProgram("xdg-mime", "echo \"$3\" >>'" + asked.string() + "'\nread told <'" +
+                                 answer.string() + "'\necho \"$told\"");
+    app.saveSample();
+    ASSERT_TRUE(app.waitUntil([&] { return app.find(text("SendMessage")) != nullptr; }));
+    EXPECT_EQ(app.find("Instagram"), nullptr);
+    int pipe = -1;
+    ASSERT_TRUE(app.waitUntil([&] {
+        pipe = open(answer.c_str(), O_WRONLY | O_NONBLOCK);  // once the program reads
+        return pipe >= 0;
+    }));
+    EXPECT_EQ(write(pipe, "other.desktop\n", 14), 14);
+    close(pipe);
+    ASSERT_TRUE(app.click("Instagram"));
+    ASSERT_TRUE(app.waitUntil([&] { return !opened.urls.empty() && sheet().isShown(); }));
+    const QString file = QUrlQuery(opened.urls[0]).queryItemValue("AssetPath");
+    EXPECT_TRUE(file.endsWith(".igo") && QFileInfo::exists(file)) << file.toStdString();
+    ASSERT_TRUE(app.click(text("Cancel")));
+    ASSERT_TRUE(app.waitUntil([&] { return app.find(text("Cancel")) == nullptr; }));
+    app.press(Qt::Key_Escape);
+    ASSERT_TRUE(app.waitUntil([&] { return app.find("Instagram") == nullptr; }));
+    ASSERT_TRUE(app.click(text("Save")));
+    ASSERT_TRUE(app.waitUntil([&] { return app.find("Instagram") != nullptr; }));
+    EXPECT_EQ(linesOf(asked), std::vector<std::string>{"x-scheme-handler/instagram"});
 }
 
 TEST_F(WaysOutWindowTest, TheKeyboardAloneLeadsToEachRowOfTheSettingsAndOut) {
@@ -156,7 +285,7 @@ TEST_F(WaysOutWindowTest, TheKeyboardAloneLeadsToEachRowOfTheSettingsAndOut) {
     for (const auto& [row, page] : rows) {
         opened.urls.clear();
         pressByKey(row);
-        ASSERT_EQ(opened.urls.size(), 1u) << row.toStdString();
+        ASSERT_TRUE(app.waitUntil([&] { return opened.urls.size() == 1; })) << row.toStdString();
         EXPECT_EQ(opened.urls[0], page);
     }
     app.press(Qt::Key_Escape);
@@ -184,6 +313,9 @@ TEST_F(WaysOutWindowTest, AnInquiryIsSentAndOneThatFailsIsKept) {
         server().answer(path, status, {}, "");
         send("error code: " + QString::number(status));
     }
+    server().answer(path, 302, {{"Location", "http://store.example/"}}, "");
+    send(app.bridge().text("The server %@ redirects to an address that is not secure.",
+                           QUrl(qt(server().url(""))).host()));
     for (const char* cutOff : {"", "SSH-2.0-OpenSSH\r\n"}) {
         server().answerRaw(path, cutOff);
         send(text("Error"));
@@ -194,7 +326,7 @@ TEST_F(WaysOutWindowTest, AnInquiryIsSentAndOneThatFailsIsKept) {
     server().answer(path, 200, {}, "");
     send(text("SuccessToInquiry"));
     EXPECT_TRUE(app.waitUntil([&] { return app.bridge().report() == nullptr; }));
-    ASSERT_EQ(server().requests().size(), 5u);
+    ASSERT_EQ(server().requests().size(), 6u);
     for (const auto& request : server().requests()) {
         EXPECT_EQ(request.method, "POST");
         EXPECT_EQ(request.target, path + "?title=Q&desc=why&");

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "Quillmere/Models/Services/MoreApp.h"
+#include "Quillmere/Models/Services/PreferenceKeys.h"
 #include "Tests/Desktop/ImageIO/ExifTool.h"
 #include "Tests/Qml/AppUnderTest.h"
 
@@ -191,6 +192,31 @@ TEST_F(WindowTest, APictureOpensHoweverItIsBrought) {
     }
 }
 
+TEST_F(WindowTest, WhatTheEditionHasNothingForIsNotOffered) {
+    const auto offersNone = [&](const char* screen) {
+        std::vector<QString> ways;
+        for (const char* key :
+             {"ShareToFriends", "MoreApps", "BugReport", "Contact", "WriteReview"}) {
+            ways.push_back(app.bridge().text(key));
+        }
+        for (const MoreApp& other : allMoreApps) ways.push_back(other.title);
+        for (const QString& way : ways) {
+            EXPECT_EQ(app.find(way), nullptr) << screen << ": " << way.toStdString();
+        }
+    };
+    app.composition().platform().userDefaults().setInteger(4, reviewCountKey);
+    app.window().resize(1120, 900);  // where the home screen has room for other applications
+    ASSERT_TRUE(app.waitUntil([&] { return app.find("Settings") != nullptr; }));
+    offersNone("home");
+    ASSERT_TRUE(app.click("Settings"));
+    ASSERT_TRUE(app.waitUntil([&] { return app.find("2048px") != nullptr; }));
+    offersNone("settings");
+    app.press(Qt::Key_Escape);
+    app.saveSample();
+    ASSERT_TRUE(app.waitUntil([&] { return app.find("Message") != nullptr; }));
+    offersNone("share");
+}
+
 TEST_F(WindowTest, EachOtherApplicationHasASignOfItsOwn) {
     QFile symbols(":/qt/qml/Quillmere/Common/Symbol.qml");
     ASSERT_TRUE(symbols.open(QIODevice::ReadOnly));
@@ -219,8 +245,9 @@ TEST_F(WindowTest, AVideoIsConvertedAndSavedAndSuspendCancelsAnother) {
         stored.string());
     outputOf("ffmpeg -v error -i " + stored.string() + " -c copy -metadata:s:v rotate=90 " +
              file.string());
-    app.bridge().home()->open({QUrl::fromLocalFile(qt(file.string()))});
-    ASSERT_TRUE(app.waitUntil([&] { return app.bridge().detail() != nullptr; }));
+    // In the place of a picture, with whose end the home screen clears what was before.
+    openSample();
+    app.bridge().openFiles({QUrl::fromLocalFile(qt(file.string()))});
     ASSERT_TRUE(app.click("Convert"));
     ASSERT_TRUE(app.waitUntil([&] { return app.bridge().preview() != nullptr; }));
     const auto shows = [&](QColor colour, int fromTheMiddle) {

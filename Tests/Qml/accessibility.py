@@ -23,16 +23,31 @@ CONTROLS = {
 }
 
 
-def nodes(node):
+class Item:
+    """A node as it was when it was read: what the application does meanwhile changes nothing."""
+
+    def __init__(self, node):
+        states = node.get_state_set()
+        self.node = node
+        self.name = node.get_name()
+        self.role = node.get_role()
+        self.role_name = node.get_role_name()
+        self.enabled = states.contains(Atspi.StateType.ENABLED)
+        self.takes_keys = states.contains(Atspi.StateType.FOCUSABLE)
+        self.is_control = self.role in CONTROLS
+
+
+def items(node):
     """What is on the screen, from `node` down."""
-    yield node
+    yield Item(node)
     for index in range(node.get_child_count()):
         child = node.get_child_at_index(index)
         if child and child.get_state_set().contains(Atspi.StateType.SHOWING):
-            yield from nodes(child)
+            yield from items(child)
 
 
 def until(what, found):
+    """`what` may be a text, or tell at the end what was missing."""
     end = time.monotonic() + PATIENCE
     while time.monotonic() < end:
         try:
@@ -42,7 +57,7 @@ def until(what, found):
         except GLib.Error:
             pass  # a node that has gone meanwhile
         time.sleep(0.2)
-    sys.exit(f"never came: {what}")
+    sys.exit(f"never came: {what() if callable(what) else what}")
 
 
 class Application:
@@ -55,52 +70,58 @@ class Application:
         for index in range(desktop.get_child_count()):
             node = desktop.get_child_at_index(index)
             if node and node.get_process_id() == self.process:
-                return list(nodes(node))
+                return list(items(node))
         return []
 
-    def usable(self, name, acts=False):
-        """The control of this name that the user may use now, or else press."""
-        for node in reversed(self.tree()):
-            states = node.get_state_set()
-            if node.get_name() == name and node.get_role() in CONTROLS and states.contains(
-                    Atspi.StateType.ENABLED) and (not acts or node.get_n_actions() > 0):
-                return node
-        return None
-
     def press(self, name):
-        node = until(name, lambda: self.usable(name, acts=True))
-        for index in range(node.get_n_actions()):
-            if node.get_action_name(index) in ("Press", "Toggle"):
-                return node.do_action(index)
-        sys.exit(f"can't be pressed: {name}")
+        until(f"{name}, which can be pressed", lambda: self.has_pressed(name))
+
+    def has_pressed(self, name):
+        for item in reversed(self.tree()):
+            if item.name != name or not item.is_control or not item.enabled:
+                continue
+            for index in range(item.node.get_n_actions()):
+                if item.node.get_action_name(index) in ("Press", "Toggle"):
+                    return item.node.do_action(index)
+        return False
 
     def check(self, screen, expected):
-        """`expected` names controls that have to be there."""
-        for name in expected:
-            until(f"{name} on {screen}", lambda: self.usable(name))
-        controls = 0
-        for node in self.tree():
-            role = node.get_role()
-            takes_keys = node.get_state_set().contains(Atspi.StateType.FOCUSABLE)
-            # A scroll bar is the pointer's: what the keyboard leads to scrolls into view.
-            if role in (Atspi.Role.FRAME, Atspi.Role.SCROLL_BAR):
-                continue
-            if role not in CONTROLS and not takes_keys:
-                continue
-            controls += 1
-            what = f"{screen}: a {node.get_role_name()} after {self.before(node)!r}"
-            if not node.get_name():
-                sys.exit(f"{what} has no name")
-            if role not in CONTROLS:
-                sys.exit(f"{what}, {node.get_name()!r}, takes keys, but is no control")
-        print(f"{screen}: {controls} controls")
+        """`expected` names controls that have to be there. What is wrong only while a screen comes
+        or goes is no fault."""
+        fault = None
 
-    def before(self, node):
-        names = [other.get_name() for other in self.tree()[:self.tree().index(node)]]
-        return next((name for name in reversed(names) if name), "")
+        def is_sound():
+            nonlocal fault
+            tree = self.tree()
+            fault = self.fault(tree, expected)
+            return tree if fault is None else None
+
+        tree = until(lambda: f"a sound screen: {screen}, {fault}", is_sound)
+        print(f"{screen}: {sum(item.is_control for item in tree)} controls")
+
+    @staticmethod
+    def fault(tree, expected):
+        usable = {item.name for item in tree if item.is_control and item.enabled}
+        for name in expected:
+            if name not in usable:
+                return f"no {name!r}"
+        before = ""
+        for item in tree:
+            # A scroll bar is the pointer's: what the keyboard leads to scrolls into view.
+            is_judged = item.role not in (Atspi.Role.FRAME, Atspi.Role.SCROLL_BAR)
+            if is_judged and (item.is_control or item.takes_keys):
+                what = f"a {item.role_name} after {before!r}"
+                if not item.name:
+                    return f"{what} has no name"
+                if not item.is_control:
+                    return f"{what}, {item.name!r}, takes keys, but is no control"
+            before = item.name or before
+        return None
 
 
 def main():
+    # A call that gives up may have been heard all the same, and would be made twice.
+    Atspi.set_timeout(PATIENCE * 1000, PATIENCE * 1000)
     # The registry has to be there before the application looks for it.
     until("the registry", lambda: Atspi.get_desktop(0).get_child_count() >= 0)
     process = subprocess.Popen([sys.argv[1]])
@@ -117,7 +138,7 @@ def main():
         app.press("Fast Drawing")
         app.check("detail", ["Divider between source and result", "Save", "Format of Saved Pictures"])
         until("the result", lambda: any(
-            node.get_name() == "From 451 x 300 to 1804 x 1200" for node in app.tree()))
+            item.name == "From 451 x 300 to 1804 x 1200" for item in app.tree()))
         app.press("Format of Saved Pictures")
         app.check("format", ["HEIC", "Keep the Date", "Done"])
         app.press("Done")

@@ -15,8 +15,6 @@ class AdBridge final : public Bridge {
     /// The signs of these, by the names of Symbol.qml.
     Q_PROPERTY(QString fullScreenIcon READ fullScreenIcon NOTIFY fullScreenChanged)
     Q_PROPERTY(QString bannerIcon READ bannerIcon NOTIFY bannerChanged)
-    /// Whether there is a page to open.
-    Q_PROPERTY(bool hasStore READ hasStore CONSTANT)
 
 public:
     struct Ports {
@@ -34,7 +32,6 @@ public:
     QString banner() const { return nameOf(ports_.stage.banner.get()); }
     QString fullScreenIcon() const { return iconOf(ports_.stage.fullScreen.get()); }
     QString bannerIcon() const { return iconOf(ports_.stage.banner.get()); }
-    bool hasStore() const { return !ports_.settings.makerStorePage.empty(); }
 
     Q_INVOKABLE void closeFullScreen() {
         if (ports_.stage.fullScreen.get()) ports_.stage.fullScreen.set(nullptr);

@@ -41,13 +41,17 @@ public:
         return titles;
     }
 
-    /// Closes it by its n-th button, or by the system's own one.
+    /// Closes it by its n-th button, or without one: that is its button to cancel, where it has
+    /// such.
     Q_INVOKABLE void close(int button) {
         const auto alert = alert_.get();
         alert_.set(std::nullopt);
-        if (!alert || button < 0 || button >= static_cast<int>(alert->buttons().size())) return;
-        const auto& action = alert->buttons()[static_cast<std::size_t>(button)].action;
-        if (action) action();
+        if (!alert) return;
+        for (int number = 0; const AlertButton& each : alert->buttons()) {
+            const bool isChosen =
+                button < 0 ? each.role == AlertButton::Role::cancel : number++ == button;
+            if (isChosen && each.action) return each.action();
+        }
     }
 
 signals:

@@ -1,7 +1,6 @@
 #include "Desktop/Qml/Bridges/AppBridge.h"
 
 #include <QColor>
-#include <QVariantMap>
 #include <numbers>
 #include <utility>
 
@@ -10,12 +9,6 @@
 
 namespace quillmere {
 namespace {
-
-/// QML lets go of a bridge a little later than the logic does.
-template <class T>
-void letGo(std::unique_ptr<T>& bridge) {
-    if (bridge) bridge.release()->deleteLater();
-}
 
 QColor qt(const ImageConversionProgressView::Colour& colour) {
     return QColor::fromRgbF(static_cast<float>(colour.red), static_cast<float>(colour.green),
@@ -85,6 +78,15 @@ QVariantMap AppBridge::loadingMeasures() const {
             {"contentBlurRadius", LoadingView::contentBlurRadius}};
 }
 
+QVariantMap AppBridge::offers() const {
+    const ProjectSettings& edition = screens_.share.settings;
+    return {{"mail", !edition.supportAddress.empty()},
+            {"inquiry", !edition.inquiryEndpoint.empty()},
+            {"invitation", !edition.storeLink.empty()},
+            {"review", !edition.reviewLink.empty()},
+            {"moreApps", !edition.makerStorePage.empty()}};
+}
+
 QUrl AppBridge::sampleAt(const HomeView::Sample& sample) const {
     const auto file = bundles_.bundleForClass("HomeView").urlForResource(sample.resource, "png");
     return file ? QUrl::fromLocalFile(qt(file->string())) : QUrl();
@@ -127,7 +129,9 @@ void AppBridge::openFiles(const QList<QUrl>& files) {
     // A conversion that is under way is not thrown away for what came in between.
     if (detail_ && (detail_->isConverting() || detail_->isLoading())) return;
     back();
-    home_.open(files);
+    // The home screen has to be there: its appearance clears the work files of what was before.
+    QMetaObject::invokeMethod(
+        this, [this, files] { home_.open(files); }, Qt::QueuedConnection);
 }
 
 void AppBridge::updatePreview() {
@@ -138,6 +142,7 @@ void AppBridge::updatePreview() {
         preview_ =
             std::make_unique<PreviewBridge>(screens_.preview(*detail_->view().vm().outputVideoUrl));
     }
+    if (detail_) shows ? detail_->disappear() : detail_->appear();
     emit previewChanged();
 }
 
@@ -147,7 +152,6 @@ void AppBridge::updateShare() {
     letGo(share_);
     if (shows) {
         share_ = std::make_unique<ShareBridge>(screens_.share, *detail_->view().result());
-        share_->appear();
     }
     emit shareChanged();
 }

@@ -2,8 +2,10 @@
 #pragma once
 
 #include <QVariantList>
+#include <QVariantMap>
 #include <memory>
 
+#include "Base/FormatString.h"
 #include "Desktop/Qml/Bridges/AdBridge.h"
 #include "Desktop/Qml/Bridges/DetailBridge.h"
 #include "Desktop/Qml/Bridges/HomeBridge.h"
@@ -12,7 +14,6 @@
 #include "Desktop/Qml/Bridges/ShareBridge.h"
 #include "Desktop/Qml/Platform/QtAlert.h"
 #include "Desktop/Qml/Platform/ShareSheet.h"
-#include "Quillmere/Models/Services/FormatString.h"
 
 namespace quillmere {
 
@@ -38,6 +39,9 @@ class AppBridge final : public Bridge {
     /// The measures that the logic gives the overlays of work, by their names there.
     Q_PROPERTY(QVariantMap conversionMeasures READ conversionMeasures CONSTANT)
     Q_PROPERTY(QVariantMap loadingMeasures READ loadingMeasures CONSTANT)
+    /// Which ways out lead anywhere in this edition, so that screens show no others: "mail",
+    /// "inquiry", "invitation", "review", "moreApps".
+    Q_PROPERTY(QVariantMap offers READ offers CONSTANT)
 
 public:
     /// How the application puts a screen together.
@@ -67,6 +71,7 @@ public:
     QVariantList moreApps() const;
     QVariantMap conversionMeasures() const;
     QVariantMap loadingMeasures() const;
+    QVariantMap offers() const;
     QString appearance() const { return qEnvironmentVariable("QUILLMERE_APPEARANCE"); }
     QUrl sampleIllustration() const { return sampleAt(HomeView::illustration); }
     QUrl samplePhoto() const { return sampleAt(HomeView::photo); }

@@ -55,14 +55,18 @@ QVariantList DetailBridge::styleRows() const {
 }
 
 void DetailBridge::styleTapped(int style) {
-    if (const auto known = enhanceStyleFromRawValue(style)) view_->styleTapped(*known);
+    const auto known = enhanceStyleFromRawValue(style);
+    if (known && !isCovered()) view_->styleTapped(*known);
+}
+
+void DetailBridge::mainButtonTapped() {
+    if (!isCovered()) view_->mainButtonTapped();
 }
 
 void DetailBridge::updateFormat() {
     const bool shows = view_->showingImageFormatSelection.get();
     if (shows == (format_ != nullptr)) return;
-    // The old one may be what has just called.
-    if (format_) format_.release()->deleteLater();
+    letGo(format_);
     if (shows) {
         format_ = std::make_unique<FormatBridge>(userDefaults_, view_->showingImageFormatSelection);
     }

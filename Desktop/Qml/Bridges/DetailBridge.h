@@ -95,9 +95,12 @@ public:
     Q_INVOKABLE void styleTapped(int style);
     Q_INVOKABLE void formatTapped() { view_->formatTapped(); }
     Q_INVOKABLE void closeFormat() { view_->showingImageFormatSelection.set(false); }
-    Q_INVOKABLE void mainButtonTapped() { view_->mainButtonTapped(); }
+    Q_INVOKABLE void mainButtonTapped();
     Q_INVOKABLE void resolutionLimitTapped() { view_->resolutionLimitTapped(); }
-    Q_INVOKABLE void shareBackgroundTapped() { view_->shareBackgroundTapped(); }
+    /// Once it is closed, what was pressed before that was seen doesn't open it again.
+    Q_INVOKABLE void closeShare() {
+        if (view_->showsShareView()) view_->shareBackgroundTapped();
+    }
     Q_INVOKABLE void closePreview() { view_->vm().isShowingVideoPreview.set(false); }
 
 signals:
@@ -112,6 +115,8 @@ signals:
     void bannerChanged();
 
 private:
+    /// The column takes no taps from the moment that the logic says so, though that is drawn later.
+    bool isCovered() const { return view_->cover() != DetailView::Cover::none; }
     static QStringList listOf(const std::vector<std::string>& lines);
     void updateFormat();
     void updateBanner();

@@ -1,21 +1,16 @@
 #include "Desktop/Qml/Bridges/HomeBridge.h"
 
-#include <QBuffer>
 #include <QClipboard>
 #include <QGuiApplication>
-#include <QImage>
 #include <QMimeData>
+#include <QScreen>
 
-#include "Quillmere/Views/Home/DocumentPicker.h"
-#include "Quillmere/Views/Home/ImagePicker.h"
-#include "Quillmere/Views/Home/VideoPicker.h"
+#include "Desktop/Qml/Pictures/PastedPicture.h"
 
 namespace quillmere {
 namespace {
 
-bool isVideo(const PHPickerResult& result) {
-    return !result.itemProvider->canLoadObjectOfClassUIImage();
-}
+std::filesystem::path pathOf(const QUrl& file) { return file.toLocalFile().toStdString(); }
 
 }  // namespace
 
@@ -30,13 +25,13 @@ HomeBridge::HomeBridge(const Ports& ports, QObject* parent)
     watch(home.selectMultiple, &HomeBridge::pickersChanged);
     watch(home.showImageCropper, &HomeBridge::updateCropper);
     watch(home.moreAppsRandomIndex, &HomeBridge::moreAppChanged);
+    watch(ports_.waysIn.isLoading, &HomeBridge::loadingChanged);
 }
 
 void HomeBridge::updateCropper() {
     const bool shows = ports_.home.showImageCropper.get();
     if (shows == (cropper_ != nullptr)) return;
-    // The old one may be what has just called.
-    if (cropper_) cropper_.release()->deleteLater();
+    letGo(cropper_);
     if (shows) {
         cropper_ = std::make_unique<CropBridge>(
             ImageCropper(ports_.home.tmpInputImage, ports_.home.showImageCropper,
@@ -46,85 +41,37 @@ void HomeBridge::updateCropper() {
     emit cropperChanged();
 }
 
-void HomeBridge::pickPictures(const std::vector<PHPickerResult>& results) {
-    ImagePicker(
-        {ports_.home.tmpInputImage, ports_.home.pickerResults, ports_.home.showingImagePicker},
-        ports_.home.selectMultiple.get(), ports_.imageIO)
-        .didFinishPicking(results);
-}
-
-void HomeBridge::pickVideo(const std::vector<PHPickerResult>& results) {
-    VideoPicker{ports_.dispatch,
-                ports_.fileManager,
-                ports_.videoFiles,
-                ports_.localization,
-                ports_.home.inputVideoUrl,
-                ports_.home.alert,
-                ports_.home.showingVideoPicker}
-        .didFinishPicking(results);
-}
-
 void HomeBridge::picked() {
+    if (!showsVideoPicker() && !showsPicturePicker()) return;  // picked already
     std::vector<PHPickerResult> results;
     for (const std::string& identifier : library_.selected()) {
         if (auto result = ports_.photoLibrary.pickerResultForAsset(identifier)) {
             results.push_back(*std::move(result));
         }
     }
-    showsVideoPicker() ? pickVideo(results) : pickPictures(results);
-}
-
-void HomeBridge::pickCancelled() { showsVideoPicker() ? pickVideo({}) : pickPictures({}); }
-
-void HomeBridge::refuse(const QString& file) {
-    ports_.home.alert.set(AlertTypes::defaultButton(
-        ports_.localization.localizedString("Error"),
-        QString(qt(ports_.localization.localizedString("FailedToOpenFile")))
-            .replace("%@", file)
-            .toStdString()));
+    ports_.waysIn.picked(results);
 }
 
 void HomeBridge::filePicked(const QUrl& file) {
-    ports_.home.showingDocumentPicker.set(false);
-    if (file.isEmpty()) return;
-    const std::filesystem::path path = file.toLocalFile().toStdString();
-    // What can't be read never gets as far as the picker, to which that would be a broken promise.
-    const auto data = ports_.fileManager.contentsOfFile(path);
-    if (!data || !ports_.imageIO.imageWithData(*data)) return refuse(file.fileName());
-    DocumentPicker{ports_.home.tmpInputImage, ports_.home.pickerResults, ports_.fileManager,
-                   ports_.imageIO}
-        .didPickDocumentsAtURLs({path});
+    ports_.waysIn.filePicked(file.isEmpty() ? std::nullopt : std::optional(pathOf(file)));
 }
 
 void HomeBridge::open(const QList<QUrl>& files) {
-    std::vector<PHPickerResult> results;
-    for (const QUrl& file : files) {
-        const auto result = ports_.photoLibrary.pickerResultForAsset(
-            DesktopPhotoLibrary::identifierForFile(file.toLocalFile().toStdString()));
-        if (!result) return refuse(file.fileName());
-        results.push_back(*result);
-    }
-    if (results.empty()) return;
-    if (isVideo(results.front())) return pickVideo({results.front()});
-    std::erase_if(results, isVideo);
-    ports_.home.selectMultiple.set(results.size() > 1);
-    pickPictures(results);
+    std::vector<std::filesystem::path> paths;
+    for (const QUrl& file : files) paths.push_back(pathOf(file));
+    ports_.waysIn.open(paths);
 }
 
 void HomeBridge::paste() {
     const QMimeData* data = QGuiApplication::clipboard()->mimeData();
     if (!data) return;
     if (data->hasUrls()) return open(data->urls());
-    if (!data->hasImage()) return;
-    QByteArray png;
-    QBuffer buffer(&png);
-    buffer.open(QIODevice::WriteOnly);
-    if (!QGuiApplication::clipboard()->image().save(&buffer, "PNG")) return;
-    const auto picture =
-        ports_.imageIO.imageWithData(std::as_bytes(std::span(png.constData(), png.size())));
-    if (!picture) return;
-    ports_.home.pickerResults.set(std::nullopt);
-    ports_.home.tmpInputImage.set(*picture);
+    if (auto picture = pictureIn(*data, ports_.imageIO)) ports_.waysIn.paste(*std::move(picture));
+}
+
+bool HomeBridge::showsMoreApps() const {
+    const QScreen* screen = QGuiApplication::primaryScreen();
+    return screen && ports_.home.showsMoreApps(screen->size().height());
 }
 
 }  // namespace quillmere

@@ -10,6 +10,7 @@
 #include "Desktop/Qml/Bridges/CropBridge.h"
 #include "Desktop/Qml/Home/LibraryModel.h"
 #include "Quillmere/Views/Home/HomeView.h"
+#include "Quillmere/Views/Home/WaysIn.h"
 
 namespace quillmere {
 
@@ -21,7 +22,10 @@ class HomeBridge final : public Bridge {
     Q_PROPERTY(bool showsVideoPicker READ showsVideoPicker NOTIFY pickersChanged)
     Q_PROPERTY(bool showsFilePicker READ showsFilePicker NOTIFY pickersChanged)
     Q_PROPERTY(bool selectsMultiple READ selectsMultiple NOTIFY pickersChanged)
+    Q_PROPERTY(bool isLoading READ isLoading NOTIFY loadingChanged)
     Q_PROPERTY(quillmere::CropBridge* cropper READ cropper NOTIFY cropperChanged)
+    /// Worked out at each appearance, as is the next.
+    Q_PROPERTY(bool showsMoreApps READ showsMoreApps NOTIFY moreAppChanged)
     Q_PROPERTY(int moreApp READ moreApp NOTIFY moreAppChanged)
     Q_PROPERTY(quillmere::AlertBridge* alert READ alert CONSTANT)
     Q_PROPERTY(quillmere::LibraryModel* library READ library CONSTANT)
@@ -29,13 +33,10 @@ class HomeBridge final : public Bridge {
 public:
     struct Ports {
         HomeView& home;
+        WaysIn& waysIn;
         DesktopPhotoLibrary& photoLibrary;
-        Dispatch& dispatch;
-        FileManager& fileManager;
-        VideoFileManager& videoFiles;
         ImageIO& imageIO;
         Graphics& graphics;
-        const Localization& localization;
     };
     explicit HomeBridge(const Ports& ports, QObject* parent = nullptr);
 
@@ -47,14 +48,13 @@ public:
     bool showsFilePicker() const { return ports_.home.showingDocumentPicker.get(); }
     bool selectsMultiple() const { return ports_.home.selectMultiple.get(); }
     CropBridge* cropper() const { return cropper_.get(); }
+    bool isLoading() const { return ports_.waysIn.isLoading.get(); }
+    bool showsMoreApps() const;
     int moreApp() const { return static_cast<int>(ports_.home.moreAppsRandomIndex.get()); }
     AlertBridge* alert() { return &alert_; }
     LibraryModel* library() { return &library_; }
 
     Q_INVOKABLE void appear() { ports_.home.appear(); }
-    Q_INVOKABLE bool showsMoreApps(double screenHeight) const {
-        return ports_.home.showsMoreApps(screenHeight);
-    }
     Q_INVOKABLE void moreAppTapped() { ports_.home.moreAppTapped(); }
     Q_INVOKABLE void illustrationTapped() { ports_.home.sampleTapped(HomeView::illustration); }
     Q_INVOKABLE void photoTapped() { ports_.home.sampleTapped(HomeView::photo); }
@@ -67,13 +67,14 @@ public:
 
     /// The end of the library's picker, with its selection or without.
     Q_INVOKABLE void picked();
-    Q_INVOKABLE void pickCancelled();
+    Q_INVOKABLE void pickCancelled() { ports_.waysIn.picked({}); }
     /// The end of the file picker; an empty address for a cancel.
     Q_INVOKABLE void filePicked(const QUrl& file);
     /// Files that came by dropping, pasting or another program: the way of the library's picker.
     Q_INVOKABLE void open(const QList<QUrl>& files);
     /// What lies on the clipboard: files, or a picture.
     Q_INVOKABLE void paste();
+    Q_INVOKABLE void cancelLoading() { ports_.waysIn.cancel(); }
 
 signals:
     void showSettingsChanged();
@@ -81,12 +82,10 @@ signals:
     void pickersChanged();
     void cropperChanged();
     void moreAppChanged();
+    void loadingChanged();
 
 private:
-    void pickPictures(const std::vector<PHPickerResult>& results);
-    void pickVideo(const std::vector<PHPickerResult>& results);
     void updateCropper();
-    void refuse(const QString& file);
 
     Ports ports_;
     AlertBridge alert_;

@@ -42,6 +42,7 @@ public:
     double confettiFallBeneathBy() const { return Confetti::fallsBeneathBy; }
     QVariantList moreApps() const;
 
+    /// When all of it is drawn, so that what moves then is seen to move.
     Q_INVOKABLE void appear();
     Q_INVOKABLE void shareImageTapped();
     Q_INVOKABLE void optionTapped(const QString& option);

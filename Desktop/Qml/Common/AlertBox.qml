@@ -46,6 +46,7 @@ Sheet {
                 Layout.fillWidth: true
                 Layout.topMargin: Theme.s
                 text: modelData
+                focus: index === 0
                 prominent: index === 0
                 // The one that does no harm.
                 focus: index === box.alert.buttons.length - 1
@@ -58,7 +59,7 @@ Sheet {
             Layout.topMargin: Theme.s
             text: App.text("OK")
             prominent: true
-            focus: true
+            focus: visible
             onClicked: box.alert.close(-1)
         }
     }

@@ -45,7 +45,7 @@ FocusScope {
         focus: true
         symbol: "close"
         text: App.text("Close")
-        KeyNavigation.tab: App.ads.hasStore ? store : close
+        KeyNavigation.tab: App.offers.moreApps ? store : close
         KeyNavigation.backtab: KeyNavigation.tab
         onClicked: App.ads.closeFullScreen()
     }
@@ -85,7 +85,7 @@ FocusScope {
         }
         PlainButton {
             id: store
-            visible: App.ads.hasStore
+            visible: App.offers.moreApps
             Layout.fillWidth: true
             Layout.topMargin: Theme.l
             prominent: true

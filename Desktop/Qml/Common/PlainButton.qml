@@ -5,8 +5,12 @@ Pressable {
     id: button
 
     property string symbol
+    property color symbolColor: textColor
+    property bool symbolFilled: false
     property bool prominent: false
     property bool round: false
+    // The text may become as small as this before it is cut off.
+    property int leastTextSize: 11
     property color textColor: prominent ? Theme.accentText : Theme.text
 
     implicitHeight: Theme.controlHeight
@@ -27,7 +31,8 @@ Pressable {
             Symbol {
                 visible: button.symbol !== ""
                 name: button.symbol
-                color: button.textColor
+                color: button.symbolColor
+                filled: button.symbolFilled
                 anchors.verticalCenter: parent.verticalCenter
             }
             Text {
@@ -38,7 +43,7 @@ Pressable {
                 color: button.textColor
                 elide: Text.ElideRight
                 fontSizeMode: Text.HorizontalFit
-                minimumPixelSize: 11
+                minimumPixelSize: button.leastTextSize
                 width: Math.min(Math.ceil(natural.advanceWidth) + 1,
                                 button.width - 2 * Theme.s - button.signWidth)
                 anchors.verticalCenter: parent.verticalCenter

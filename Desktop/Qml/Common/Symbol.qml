@@ -8,7 +8,8 @@ Item {
     property string name
     property color color: Theme.text
     property real size: 20
-    /// The first of its lines, a closed one, as a plate; the others on it in the background's colour.
+    /// What is closed up to the first "z" as a plate ("Z" closes others before); the lines after it
+    /// on the plate, in the background's colour.
     property bool filled: false
 
     implicitWidth: size
@@ -48,9 +49,10 @@ Item {
         "more_app_cloud_shelf": "M7 13a3.5 3.5 0 0 1 .4-7A5 5 0 0 1 17 7a3 3 0 0 1 0 6z M3 17h18 M6 17v3 M18 17v3",
         "apps": "M4 4h6v6H4z M14 4h6v6h-6z M4 14h6v6H4z M14 14h6v6h-6z",
         "pencil": "M4 20l1-4L16 5l3 3L8 19z M14 7l3 3",
+        "camera": "M5 8h2.5L9 5.5h6L16.5 8H19a2 2 0 0 1 2 2v7a2 2 0 0 1-2 2H5a2 2 0 0 1-2-2v-7a2 2 0 0 1 2-2z M12 10a3 3 0 1 0 0 6a3 3 0 1 0 0-6",
         "copy": "M8 8h12v12H8z M4 16V4h12",
         "open": "M14 4h6v6 M20 4l-9 9 M18 14v5a1 1 0 0 1-1 1H5a1 1 0 0 1-1-1V7a1 1 0 0 1 1-1h5",
-        "people": "M9 5a3 3 0 1 0 0 6a3 3 0 1 0 0-6 M3 20c0-4 3-6 6-6s6 2 6 6 M16 6a2.5 2.5 0 0 1 0 5 M17 14c2.5.5 4 2.5 4 6",
+        "people": "M9 5a3 3 0 1 0 0 6a3 3 0 1 0 0-6Z M3 20c0-4 3-6 6-6s6 2 6 6Z M16.5 6a2.5 2.5 0 1 1 0 5Z M17.5 20c0-2.5-.6-4.2-1.8-5.5c3-.8 5.3 1.8 5.3 5.5z",
         "play": "M7 4l13 8-13 8z",
         "pause": "M8 5v14 M16 5v14",
         "sound": "M4 9h4l5-4v14l-5-4H4z M16 9a4 4 0 0 1 0 6",

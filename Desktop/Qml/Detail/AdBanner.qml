@@ -45,7 +45,7 @@ Rectangle {
             }
         }
         PlainButton {
-            visible: App.ads.hasStore
+            visible: App.offers.moreApps
             text: App.text("ViewInStore")
             Accessible.name: text + ": " + App.ads.banner
             onClicked: App.ads.openBanner()

@@ -26,9 +26,11 @@ FocusScope {
     Backdrop { color: Theme.background }
     WayBack { enabled: !screen.overlaid; onTaken: screen.leave() }
 
-    Item {
+    FocusScope {
         id: column
         anchors.fill: parent
+        // Whoever comes back from what lay over it finds the keyboard where it was.
+        focus: enabled
         enabled: !screen.converting && !screen.overlaid
 
         TopBar {

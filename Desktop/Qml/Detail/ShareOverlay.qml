@@ -5,17 +5,33 @@ import QtQuick.Layouts
 import Quillmere
 import "../Common"
 
-Item {
+FocusScope {
     id: overlay
 
     property bool shown: false
     readonly property var share: App.share
 
     visible: dim.opacity > 0
-    onShownChanged: if (shown) forceActiveFocus()
-    Keys.onEscapePressed: App.detail.shareBackgroundTapped()
+    enabled: shown
+    focus: shown
+    Keys.onEscapePressed: App.detail.closeShare()
     Accessible.role: Accessible.Dialog
     Accessible.name: App.text("CompletedToSave")
+
+    readonly property bool enhanced: share !== null && share.isEnhanced
+
+    component Saved: Text {
+        Layout.fillWidth: true
+        text: App.text("CompletedToSave")
+        color: Theme.text
+        font.pixelSize: Theme.title
+        font.weight: Font.Bold
+        wrapMode: Text.Wrap
+        horizontalAlignment: Text.AlignHCenter
+        Accessible.role: Accessible.Heading
+        Accessible.name: text
+    }
+    component ButtonSpring: Spring { response: 0.6; dampingFraction: 0.7 }
 
     Rectangle {
         id: dim
@@ -23,11 +39,12 @@ Item {
         color: "#000000"
         opacity: overlay.shown ? 0.7 : 0
         Behavior on opacity { NumberAnimation { duration: Theme.calm; easing.type: Easing.InQuad } }
-        Blocker { enabled: overlay.shown; onClicked: App.detail.shareBackgroundTapped() }
+        Blocker { onClicked: App.detail.closeShare() }
     }
     Loader {
         id: content
         active: overlay.share !== null
+        focus: true
         anchors.centerIn: parent
         width: Math.min(parent.width - 32, 480)
         height: Math.min(parent.height - 120, 720)
@@ -36,25 +53,17 @@ Item {
                 radius: Theme.radiusL
                 color: Theme.background
                 clip: true
+                Component.onCompleted: overlay.share.appear()
                 Blocker { }
                 ColumnLayout {
                     anchors { fill: parent; margins: Theme.xl }
                     spacing: Theme.m
-                    Text {
-                        Layout.fillWidth: true
-                        text: App.text("CompletedToSave")
-                        color: Theme.text
-                        font.pixelSize: Theme.title
-                        font.weight: Font.Bold
-                        wrapMode: Text.Wrap
-                        horizontalAlignment: Text.AlignHCenter
-                        Accessible.role: Accessible.Heading
-                        Accessible.name: text
-                    }
+                    Saved { visible: overlay.enhanced }
                     Item {
                         Layout.fillWidth: true
                         Layout.fillHeight: true
                         Layout.minimumHeight: 60
+                        Layout.bottomMargin: overlay.enhanced ? Theme.l : check.height + Theme.m
                         PictureItem {
                             id: picture
                             readonly property real fit: overlay.share
@@ -74,20 +83,35 @@ Item {
                             }
                         }
                         Rectangle {
-                            // The check mark springs in.
-                            anchors { horizontalCenter: picture.horizontalCenter; verticalCenter: picture.bottom }
+                            // Rounds the picture's corners, by what lies around it.
+                            readonly property int around: 8
+                            visible: overlay.enhanced
+                            anchors { fill: picture; margins: -around }
+                            radius: Theme.radiusM + around
+                            color: "transparent"
+                            border { color: Theme.background; width: around }
+                        }
+                        Rectangle {
+                            id: check
+                            anchors.horizontalCenter: picture.horizontalCenter
+                            y: picture.y + picture.height + (overlay.enhanced ? -height / 2 : Theme.s)
                             width: 44; height: 44; radius: 22
                             color: Theme.good
                             border { color: Theme.background; width: 3 }
                             scale: overlay.share ? overlay.share.iconScale : 0
-                            Behavior on scale { SpringAnimation { spring: 4; damping: 0.35 } }
+                            Behavior on scale {
+                                SequentialAnimation {
+                                    PauseAnimation { duration: overlay.enhanced ? 0 : 500 }
+                                    Spring { response: overlay.enhanced ? 0.6 : 0.5; dampingFraction: overlay.enhanced ? 0.6 : 1 }
+                                }
+                            }
                             Symbol { anchors.centerIn: parent; name: "check"; color: "#ffffff" }
                         }
                     }
+                    Saved { visible: !overlay.enhanced }
                     Text {
-                        visible: overlay.share !== null && overlay.share.isEnhanced
+                        visible: overlay.enhanced
                         Layout.fillWidth: true
-                        Layout.topMargin: Theme.l
                         text: App.text("EncourageShareImage")
                         color: Theme.secondaryText
                         font.pixelSize: Theme.body
@@ -96,13 +120,12 @@ Item {
                     }
                     PlainButton {
                         Layout.fillWidth: true
-                        Layout.topMargin: overlay.share && !overlay.share.isEnhanced ? Theme.l : 0
                         prominent: true
                         symbol: "share"
                         focus: true
-                        text: App.text(overlay.share && overlay.share.isEnhanced ? "ShareImage" : "Share")
+                        text: App.text(overlay.enhanced ? "ShareImage" : "Share")
                         scale: overlay.share && overlay.share.showsButtons ? 1 : 0.8
-                        Behavior on scale { SpringAnimation { spring: 4; damping: 0.4 } }
+                        Behavior on scale { ButtonSpring { } }
                         onClicked: overlay.share.shareImageTapped()
                     }
                     RowLayout {
@@ -111,9 +134,9 @@ Item {
                         opacity: overlay.share && overlay.share.showsButtons ? 1 : 0
                         transform: Translate {
                             y: overlay.share && overlay.share.showsButtons ? 0 : 20
-                            Behavior on y { SpringAnimation { spring: 4; damping: 0.4 } }
+                            Behavior on y { ButtonSpring { } }
                         }
-                        Behavior on opacity { NumberAnimation { duration: Theme.calm } }
+                        Behavior on opacity { ButtonSpring { } }
                         spacing: Theme.m
                         Repeater {
                             model: overlay.share ? overlay.share.options : []
@@ -121,7 +144,10 @@ Item {
                                 required property string modelData
                                 Layout.fillWidth: true
                                 Layout.preferredWidth: 1
-                                symbol: modelData === "message" ? "bubble" : modelData === "other" ? "more" : "photo"
+                                symbol: modelData === "message" ? "bubble" : modelData === "other" ? "more" : "camera"
+                                symbolFilled: modelData !== "other"
+                                symbolColor: modelData === "message" ? "#34c759"
+                                    : modelData === "other" ? Theme.secondaryText : "#e1306c"
                                 text: modelData === "message" ? App.text("SendMessage")
                                     : modelData === "other" ? App.text("ShareOther") : "Instagram"
                                 onClicked: overlay.share.optionTapped(modelData)
@@ -129,17 +155,21 @@ Item {
                         }
                     }
                     PlainButton {
+                        visible: App.offers.invitation
                         Layout.fillWidth: true
-                        symbol: overlay.share && overlay.share.isEnhanced ? "people" : "share"
+                        symbol: overlay.enhanced ? "people" : "share"
+                        symbolFilled: overlay.enhanced
                         text: App.text("ShareToFriends")
                         onClicked: overlay.share.shareToFriendsTapped()
                     }
                     Text {
+                        visible: App.offers.moreApps
                         text: App.text("MoreApps")
                         color: Theme.secondaryText
                         font.pixelSize: Theme.caption
                     }
                     RowLayout {
+                        visible: App.offers.moreApps
                         Layout.fillWidth: true
                         spacing: Theme.m
                         Repeater {

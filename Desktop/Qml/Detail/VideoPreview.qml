@@ -102,20 +102,19 @@ FocusScope {
             Layout.margins: Theme.l
             Layout.topMargin: 0
             spacing: Theme.m
-            PlainButton {
+            component Action: PlainButton {
                 Layout.fillWidth: true
                 Layout.preferredWidth: 1
                 prominent: true
                 round: true
+                leastTextSize: Math.floor(font.pixelSize / 2)
+            }
+            Action {
                 text: App.text("Save")
                 focus: true
                 onClicked: screen.preview.saveTapped()
             }
-            PlainButton {
-                Layout.fillWidth: true
-                Layout.preferredWidth: 1
-                prominent: true
-                round: true
+            Action {
                 text: App.text("Share")
                 onClicked: screen.preview.shareTapped()
             }

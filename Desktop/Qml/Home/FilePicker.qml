@@ -5,9 +5,17 @@ import QtQuick.Dialogs
 FileDialog {
     id: dialog
 
+    readonly property var endings: ["jpg", "jpeg", "png", "webp", "heic", "heif", "avif", "tif",
+        "tiff", "jxl", "gif", "bmp"]
+    // Cameras write their names in capitals, and pickers take a pattern's letters as they stand.
+    function anyCase(ending) { return ending.replace(/[a-z]/g, (c) => "[" + c + c.toUpperCase() + "]") }
+
     fileMode: FileDialog.OpenFile
-    nameFilters: [App.text("Photo")
-        + " (*.jpg *.jpeg *.png *.webp *.heic *.heif *.avif *.tif *.tiff *.jxl *.gif *.bmp)"]
+    nameFilters: [
+        // Where a picker shows patterns, the legible ones are seen.
+        App.text("Photo") + " (" + endings.concat(endings.map(anyCase)).map((e) => "*." + e).join(" ") + ")",
+        App.text("AllFiles") + " (*)"
+    ]
     onAccepted: App.home.filePicked(selectedFile)
     onRejected: App.home.filePicked("")
 

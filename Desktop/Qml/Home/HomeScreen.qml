@@ -84,7 +84,7 @@ FocusScope {
                     Accessible.name: text
                 }
                 Card {
-                    visible: App.home.showsMoreApps(screen.height)
+                    visible: App.offers.moreApps && App.home.showsMoreApps
                     heading: App.text("MoreApps")
                     ListRow {
                         Layout.fillWidth: true
@@ -190,6 +190,7 @@ FocusScope {
                             }
                             PlainButton {
                                 id: invite
+                                visible: App.offers.invitation
                                 Layout.fillWidth: true
                                 Layout.preferredWidth: 1
                                 symbol: "share"

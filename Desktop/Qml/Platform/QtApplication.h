@@ -1,8 +1,11 @@
 // The application's window as the logic sees it, and the system's ways to open addresses.
 #pragma once
 
+#include <QObject>
 #include <QPointer>
 #include <QWindow>
+#include <functional>
+#include <map>
 #include <vector>
 
 #include "Desktop/Application/SleepInhibitor.h"
@@ -21,7 +24,7 @@ public:
     void setIdleTimerDisabled(bool disabled) override {
         disabled ? sleep_.inhibit() : sleep_.release();
     }
-    bool canOpenURL(std::string_view url) const override;
+    bool canOpenURL(std::string_view url, std::function<void(bool)> answered) override;
     void openURL(std::string url, std::function<void(bool)> completionHandler) override;
 
 private:
@@ -45,9 +48,19 @@ private:
         Window& window_;
     };
 
+    using Answered = std::function<void(bool)>;
+
+    /// Tells at once, once it is known, or else when the system has answered.
+    void askWhoOpens(const QString& scheme, Answered answered);
+    void answer(const QString& scheme, bool opens);
+
     SleepInhibitor sleep_;
     Window window_;
     mutable Scene scene_{window_};
+    /// Schemes that the system was asked for; what has none is no address.
+    std::map<QString, bool> opens_{{QString(), false}};
+    std::map<QString, std::vector<Answered>> asking_;  // those that it is being asked for
+    QObject queries_;                                  // owns the programs that ask
 };
 
 }  // namespace quillmere

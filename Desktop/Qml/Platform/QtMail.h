@@ -13,11 +13,8 @@ namespace quillmere {
 /// counts as sent.
 class QtMail final : public MFMailComposeViewController {
 public:
-    /// `hasAddress` tells whether this edition has one to write to.
-    explicit QtMail(bool hasAddress) : hasAddress_(hasAddress) {}
-
     bool canSendMail() const override {
-        return hasAddress_ && !QStandardPaths::findExecutable("xdg-email").isEmpty();
+        return !QStandardPaths::findExecutable("xdg-email").isEmpty();
     }
     void compose(const MailDraft& draft,
                  std::function<void(const Result<MFMailComposeResult>&)> didFinish) override {
@@ -28,9 +25,6 @@ public:
         if (opened) return didFinish(MFMailComposeResult::sent);
         didFinish(Error{"quillmere.mail", 1, "No mail program could be started."});
     }
-
-private:
-    const bool hasAddress_;
 };
 
 }  // namespace quillmere

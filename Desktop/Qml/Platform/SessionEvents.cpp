@@ -7,8 +7,8 @@
 
 namespace quillmere {
 
-SessionEvents::SessionEvents(std::function<void()> goesToBackground)
-    : goesToBackground_(std::move(goesToBackground)) {
+SessionEvents::SessionEvents(std::function<void()> goesToBackground, std::function<void()> wakesUp)
+    : goesToBackground_(std::move(goesToBackground)), wakesUp_(std::move(wakesUp)) {
     QDBusConnection::systemBus().connect("org.freedesktop.login1", "/org/freedesktop/login1",
                                          "org.freedesktop.login1.Manager", "PrepareForSleep", this,
                                          SLOT(prepareForSleep(bool)));
@@ -16,8 +16,6 @@ SessionEvents::SessionEvents(std::function<void()> goesToBackground)
             [this](QSessionManager&) { goesToBackground_(); });
 }
 
-void SessionEvents::prepareForSleep(bool begins) {
-    if (begins) goesToBackground_();
-}
+void SessionEvents::prepareForSleep(bool begins) { begins ? goesToBackground_() : wakesUp_(); }
 
 }  // namespace quillmere

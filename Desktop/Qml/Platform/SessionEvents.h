@@ -1,4 +1,4 @@
-// The machine going to sleep, and the session ending.
+// The machine going to sleep and waking up, and the session ending.
 #pragma once
 
 #include <QObject>
@@ -12,13 +12,14 @@ class SessionEvents final : public QObject {
     Q_OBJECT
 
 public:
-    explicit SessionEvents(std::function<void()> goesToBackground);
+    SessionEvents(std::function<void()> goesToBackground, std::function<void()> wakesUp);
 
 private slots:
     void prepareForSleep(bool begins);
 
 private:
     std::function<void()> goesToBackground_;
+    std::function<void()> wakesUp_;
 };
 
 }  // namespace quillmere

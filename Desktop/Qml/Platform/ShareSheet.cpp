@@ -46,18 +46,34 @@ QString ShareSheet::suggestedName() const {
 }
 
 Result<std::filesystem::path> ShareSheet::file() {
-    if (const auto* path = std::get_if<std::filesystem::path>(&*item_)) return *path;
+    if (const auto* path = std::get_if<std::filesystem::path>(&*item_)) return linkTo(*path);
     return fileOf(std::get<UIImage>(*item_));
+}
+
+Result<std::filesystem::path> ShareSheet::makeFolder() {
+    auto folder = handedOut_.path() / QUuid::createUuid().toString(QUuid::Id128).toStdString();
+    if (const auto made = fileManager_.createDirectory(folder); !made) return made.error();
+    return folder;
+}
+
+Result<std::filesystem::path> ShareSheet::linkTo(const std::filesystem::path& workFile) {
+    const auto folder = makeFolder();
+    if (!folder) return folder.error();
+    const auto link = *folder / workFile.filename();
+    std::error_code failed;
+    std::filesystem::create_hard_link(workFile, link, failed);
+    if (!failed) return link;
+    if (const auto copied = fileManager_.copyItem(workFile, link); !copied) return copied.error();
+    return link;
 }
 
 Result<std::filesystem::path> ShareSheet::fileOf(const UIImage& picture) {
     if (!madeFile_.empty() && madeOf_.sameAs({picture})) return madeFile_;
     const auto png = imageIO_.pngRepresentation(picture);
     if (!png) return png.error();
-    const auto folder = fileManager_.temporaryDirectory() /
-                        QUuid::createUuid().toString(QUuid::Id128).toStdString();
-    if (const auto made = fileManager_.createDirectory(folder); !made) return made.error();
-    const auto path = folder / pictureName;
+    const auto folder = makeFolder();
+    if (!folder) return folder.error();
+    const auto path = *folder / pictureName;
     if (const auto written = fileManager_.writeFile(path, *png, WriteExisting::refuse); !written) {
         return written.error();
     }
@@ -81,7 +97,9 @@ void ShareSheet::copy() {
     } else if (const auto* picture = std::get_if<UIImage>(&*item_)) {
         data = dataOf(*picture);
     } else {
-        data->setUrls({QUrl::fromLocalFile(qtPath(*file()))});
+        const auto copied = file();
+        if (!copied) return end(copied.error());
+        data->setUrls({QUrl::fromLocalFile(qtPath(*copied))});
     }
     QGuiApplication::clipboard()->setMimeData(data.release());
     close();
@@ -111,7 +129,9 @@ void ShareSheet::saveAs(const QUrl& target) {
 
 void ShareSheet::showInFolder() {
     if (!item_) return;
-    QDesktopServices::openUrl(QUrl::fromLocalFile(qtPath(file()->parent_path())));
+    const auto shown = file();
+    if (!shown) return end(shown.error());
+    QDesktopServices::openUrl(QUrl::fromLocalFile(qtPath(shown->parent_path())));
     close();
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Base/Result.h"
+#include "Desktop/FileManager/TemporaryDirectory.h"
 #include "Desktop/Qml/Pictures/Picture.h"
 #include "Desktop/Qml/Platform/QtAlert.h"
 #include "Platform/FileManager/FileManager.h"
@@ -20,7 +21,9 @@
 namespace quillmere {
 
 /// Main thread. QML shows it while `isShown`, with what this system can do. What fails is told by
-/// an alert, and the sheet stays for another try.
+/// an alert, and the sheet stays for another try. Files that it hands out lie in a folder of their
+/// own until the process ends, as whoever takes them may look at them late; the next process
+/// removes them.
 class ShareSheet final : public QObject, public UIActivityViewController {
     Q_OBJECT
     Q_PROPERTY(bool isShown READ isShown NOTIFY changed)
@@ -56,10 +59,14 @@ signals:
     void changed();
 
 private:
-    /// The item as a file: its own, or one made of the picture. The item is no text.
+    /// The item as a file to hand out. The item is no text.
     Result<std::filesystem::path> file();
-    /// In the temporary folder; the same one again for the same picture.
+    /// The same one again for the same picture.
     Result<std::filesystem::path> fileOf(const UIImage& picture);
+    /// A work file under a second name, which stays when the first one goes.
+    Result<std::filesystem::path> linkTo(const std::filesystem::path& workFile);
+    /// For one file, so that it can have the name that others are to see.
+    Result<std::filesystem::path> makeFolder();
     Result<void> writeTo(const std::filesystem::path& target);
     /// Its pixels and its file.
     std::unique_ptr<QMimeData> dataOf(const UIImage& picture);
@@ -74,6 +81,7 @@ private:
     std::optional<ActivityItem> item_;
     Picture madeOf_;
     std::filesystem::path madeFile_;
+    TemporaryDirectory handedOut_;
 };
 
 }  // namespace quillmere

@@ -17,7 +17,7 @@ Sheet {
     shown: true
     name: App.text("Settings")
     sheetWidth: 560
-    sheetHeight: 720
+    sheetHeight: App.report !== null ? 720 : bar.height + rows.implicitHeight + 2 * Theme.l
     onDismissed: close()
     Component.onCompleted: forceActiveFocus()
 
@@ -35,6 +35,7 @@ Sheet {
         enabled: App.report === null
         anchors { left: parent.left; right: parent.right; top: bar.bottom; bottom: parent.bottom; margins: Theme.l }
         ColumnLayout {
+            id: rows
             width: scroll.availableWidth
             spacing: Theme.xl
             Card {
@@ -50,6 +51,7 @@ Sheet {
                 }
             }
             Card {
+                visible: App.offers.invitation
                 ListRow {
                     Layout.fillWidth: true
                     symbol: "share"
@@ -59,21 +61,27 @@ Sheet {
                 }
             }
             Card {
+                id: waysOut
+                readonly property var rows: [
+                    ["inquiry", "bubble", "BugReport", "bugReportTapped"],
+                    ["mail", "mail", "Contact", "contactTapped"],
+                    ["moreApps", "apps", "MoreApps", "moreAppsTapped"],
+                    ["review", "pencil", "WriteReview", "writeReviewTapped"]
+                ].filter((row) => App.offers[row[0]])
+                visible: rows.length > 0
                 Repeater {
-                    model: [
-                        ["bubble", "BugReport", "bugReportTapped"], ["mail", "Contact", "contactTapped"],
-                        ["apps", "MoreApps", "moreAppsTapped"], ["pencil", "WriteReview", "writeReviewTapped"]
-                    ]
+                    model: waysOut.rows
                     ListRow {
                         required property var modelData
                         Layout.fillWidth: true
-                        symbol: modelData[0]
-                        text: App.text(modelData[1])
-                        onClicked: sheet.settings[modelData[2]]()
+                        symbol: modelData[1]
+                        text: App.text(modelData[2])
+                        onClicked: sheet.settings[modelData[3]]()
                     }
                 }
             }
             Card {
+                visible: App.offers.moreApps
                 heading: App.text("MoreApps")
                 Repeater {
                     model: App.moreApps

@@ -5,9 +5,9 @@
 #include <cmath>
 #include <utility>
 
+#include "Base/FormatString.h"
 #include "Base/Invariant.h"
 #include "Quillmere/Models/Services/AnalyticsEvents.h"
-#include "Quillmere/Models/Services/FormatString.h"
 #include "Quillmere/Models/Services/LocalizedReason.h"
 #include "Quillmere/Models/Services/ResolutionLimit.h"
 

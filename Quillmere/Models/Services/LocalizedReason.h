@@ -4,16 +4,21 @@
 #include <string>
 
 #include "Base/Error.h"
+#include "Base/FormatString.h"
 #include "Platform/Localization/Localization.h"
 
 namespace quillmere {
 
-/// The text whose key is the error's domain, a full stop and its code; the error's own description
-/// where the table has none, as for errors that already come in the user's language.
+/// The text whose key is the error's sentence, with its values; else the one whose key is its
+/// domain, a full stop and its code, for a library that has more to say than can be translated.
+/// Its own description where the table has neither, as for errors that already come in the user's
+/// language.
 inline std::string localizedReason(const Error& error, const Localization& localization) {
-    const std::string key = error.domain + "." + std::to_string(error.code);
-    std::string text = localization.localizedString(key);
-    return text == key ? error.localizedDescription : text;
+    const std::string ofSentence = localization.localizedString(error.sentence);
+    if (ofSentence != error.sentence) return formatString(ofSentence, error.values);
+    const std::string byCode = error.domain + "." + std::to_string(error.code);
+    const std::string ofCode = localization.localizedString(byCode);
+    return ofCode == byCode ? error.localizedDescription : ofCode;
 }
 
 }  // namespace quillmere

@@ -5,15 +5,8 @@
 namespace quillmere {
 namespace {
 
-/// The first `count` characters of UTF-8; of a name that isn't, so many bytes that begin none.
-std::string_view firstCharacters(std::string_view text, std::size_t count) {
-    std::size_t end = 0;
-    for (; end < text.size(); ++end) {
-        const bool beginsOne = (static_cast<unsigned char>(text[end]) & 0xC0) != 0x80;
-        if (beginsOne && count-- == 0) break;
-    }
-    return text.substr(0, end);
-}
+// File systems take names of 255 bytes, and the time and the extension are still to come.
+constexpr std::size_t mostBytes = 200;
 
 }  // namespace
 
@@ -29,8 +22,10 @@ std::filesystem::path VideoFileManager::makeOutputUrl(std::string_view fileName,
     const std::string stem = std::filesystem::path(fileName).stem().string();
     const std::string time = ports_.dateFormatter.stringFromDate(ports_.now(), "yyyy_MM_dd_HHmmss",
                                                                  DateFormatter::TimeZone::local);
-    return videosDirectory() / (std::string(firstCharacters(stem, keptCharacters)) + "_" + time +
-                                std::string(extension));
+    std::size_t count = keptCharacters;
+    std::string kept = ports_.firstCharacters(stem, count);
+    while (kept.size() > mostBytes) kept = ports_.firstCharacters(stem, --count);
+    return videosDirectory() / (kept + "_" + time + std::string(extension));
 }
 
 void VideoFileManager::clearTemporaryVideos() {

@@ -8,6 +8,7 @@
 #include "Platform/Application/Console.h"
 #include "Platform/FileManager/FileManager.h"
 #include "Platform/Localization/DateFormatter.h"
+#include "Platform/Localization/FirstCharacters.h"
 
 namespace quillmere {
 
@@ -21,6 +22,7 @@ public:
         FileManager& fileManager;
         const DateFormatter& dateFormatter;
         Console& console;
+        FirstCharacters firstCharacters;
         std::function<Date()> now = [] { return std::chrono::system_clock::now(); };
     };
 

@@ -30,6 +30,10 @@ void VideoProcessor::setImageProcessingHandler(ImageProcessingHandler handler) {
     change([&](Handles& job) { job.imageProcessingHandler.swap(handler); });
 }
 
+void VideoProcessor::setVideoQuality(std::optional<float> quality) {
+    change([&](Handles& job) { job.videoQuality = quality; });
+}
+
 VideoProcessor::Handles VideoProcessor::handles() const {
     const std::lock_guard lock(handlesMutex_);
     return handles_;
@@ -170,6 +174,7 @@ void VideoProcessor::resetState() {
         job.progressHandler = ended.progressHandler;
         job.completionHandler = ended.completionHandler;
         job.imageProcessingHandler = ended.imageProcessingHandler;
+        job.videoQuality = ended.videoQuality;
         job.asset = ended.asset;
         job.outputUrl = ended.outputUrl;
         job.jobNumber = ended.jobNumber;

@@ -69,6 +69,9 @@ public:
     void setProgressHandler(ProgressHandler handler);
     void setCompletionHandler(CompletionHandler handler);
     void setImageProcessingHandler(ImageProcessingHandler handler);
+    /// 0 to 1, for the jobs to come; without one, a movie keeps to the data rate of its source. The
+    /// application asks for none.
+    void setVideoQuality(std::optional<float> quality);
 
     /// Starts a job; blocks while the scaler's model is fetched. `width` and `height` are those of
     /// the new movie in pixels: upright ones in the standard mode, of stored frames in the other.
@@ -96,6 +99,7 @@ private:
         ProgressHandler progressHandler;
         CompletionHandler completionHandler;
         ImageProcessingHandler imageProcessingHandler;
+        std::optional<float> videoQuality;
         AVAssetRef asset;
         std::filesystem::path outputUrl;
         /// Tells what an ended job left behind, on a queue, from what the next one does.

@@ -57,8 +57,8 @@ Result<VideoProcessor::Adaptor> VideoProcessor::setUp(double width, double heigh
     const AffineTransform transform = track->preferredTransform();
     if (!mode.scaleFactor && isQuarterTurn(transform)) std::swap(width, height);
     // The source's data rate, whatever the scale.
-    const auto input = ports_.avFoundation.assetWriterInput(
-        AVVideoOutputSettings{AVVideoCodecType::h264, width, height, track->estimatedDataRate()});
+    const auto input = ports_.avFoundation.assetWriterInput(AVVideoOutputSettings{
+        AVVideoCodecType::h264, width, height, track->estimatedDataRate(), handles().videoQuality});
     input->setExpectsMediaDataInRealTime(false);
     input->setTransform(transform);
     if (!writer->canAddInput(*input)) return failure("Can't add video input");

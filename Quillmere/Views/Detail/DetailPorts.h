@@ -26,6 +26,7 @@
 #include "Quillmere/Ads/DetailAds.h"
 #include "Quillmere/Models/Enhance/TileEngine.h"
 #include "Quillmere/Models/Services/ImageMetadataHelper.h"
+#include "Quillmere/Models/Video/VideoFileManager.h"
 
 namespace quillmere {
 
@@ -60,6 +61,7 @@ struct DetailPorts {
         NotificationCenter& notificationCenter;
         /// The process's one rendering context.
         std::function<CIContext&()> sharedCIContext;
+        VideoFileManager& files;
     };
     /// Nothing in a program that opens no videos.
     std::optional<Video> video = std::nullopt;

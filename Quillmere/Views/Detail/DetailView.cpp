@@ -4,8 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "Base/FormatString.h"
 #include "Quillmere/Models/Services/AnalyticsEvents.h"
-#include "Quillmere/Models/Services/FormatString.h"
 #include "Quillmere/Models/Services/ResolutionLimit.h"
 #include "Quillmere/Views/Detail/ImageFormatSelectionView.h"
 
@@ -43,6 +43,7 @@ DetailView::DetailView(const DetailPorts& ports, const VideoToolbox& videoToolbo
 
 void DetailView::appear() {
     if (!vm_->originalImage) vm_->prepare(input_.image, input_.videoUrl, input_.pickerResults);
+    currentImageFormat.set(UserDefaultsHelper::imageFormat(ports_.userDefaults));
     showBannerAds.set(true);
 }
 

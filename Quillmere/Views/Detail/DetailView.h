@@ -47,7 +47,7 @@ public:
     /// The user has said yes; a batch or a video job ends after the picture or the frame in work.
     Published<bool> isStopping{false};
 
-    /// Every time; only the first one takes the input.
+    /// Every time, also on the way back from the preview; only the first one takes the input.
     void appear();
     void disappear() { progressDisplay.set(std::nullopt); }
 

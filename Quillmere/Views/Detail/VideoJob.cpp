@@ -28,7 +28,6 @@ VideoJob::VideoJob(const DetailPorts& ports, std::weak_ptr<DetailViewModel> mode
     : ports_(ports),
       video_(videoPortsOf(ports)),
       model_(std::move(model)),
-      files_({video_.fileManager, ports.metadata.dateFormatter, video_.console}),
       videoProcessor_(std::make_shared<VideoProcessor>(VideoProcessor::Ports{
           ports.avFoundation, video_.audioToolbox, video_.videoToolbox, video_.coreImage,
           ports.dispatch, video_.fileManager, video_.crashLog, ports.device, ports.localization,
@@ -43,7 +42,7 @@ void VideoJob::startVideoSave() {
     log(*model, eventName("TrySaveVideo"));
     if (!model->originalVideoUrl) invariantBroken();
     const auto source = *model->originalVideoUrl;
-    const auto outputUrl = files_.makeOutputUrl(source.filename().string(), ".mov");
+    const auto outputUrl = video_.files.makeOutputUrl(source.filename().string(), ".mov");
 
     model->videoProgress.set(0);
     currentProgress_.store(0, std::memory_order_relaxed);

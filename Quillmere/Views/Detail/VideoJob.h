@@ -53,7 +53,6 @@ private:
     DetailPorts ports_;
     DetailPorts::Video video_;
     std::weak_ptr<DetailViewModel> model_;
-    VideoFileManager files_;
     const std::shared_ptr<VideoProcessor> videoProcessor_;
     std::mutex progressMutex_;
     std::atomic<int> currentProgress_ = 0;  // the last percent that was shown

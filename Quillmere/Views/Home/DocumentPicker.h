@@ -23,12 +23,17 @@ struct DocumentPicker {
     /// A file that is no picture sets `image` to nothing. That it can be read is the caller's
     /// word: a failure to read it is a broken invariant. Blocks while it is read.
     void didPickDocumentsAtURLs(const std::vector<std::filesystem::path>& urls) const {
-        // The mark of a picture from a file, of whose date and place nothing is kept.
-        pickerResults.set(std::nullopt);
         const auto data = fileManager.contentsOfFile(urls.front());
         if (!data) invariantBroken();
         const auto picture = imageIO.imageWithData(*data);
-        image.set(picture ? std::optional(*picture) : std::nullopt);
+        didDecode(picture ? std::optional(*picture) : std::nullopt);
+    }
+
+    /// The same for whoever has read and decoded it already, so as not to block.
+    void didDecode(const std::optional<UIImage>& picture) const {
+        // The mark of a picture from a file, of whose date and place nothing is kept.
+        pickerResults.set(std::nullopt);
+        image.set(picture);
     }
 };
 

@@ -11,14 +11,16 @@ void ImagePicker::didFinishPicking(const std::vector<PHPickerResult>& results) {
     auto& image = bindings_.image;
     if (provider->hasItemConformingToTypeIdentifier(UTTypeWebP)) {
         provider->loadDataRepresentationForTypeIdentifier(
-            UTTypeWebP, [&image, &imageIO = imageIO_](const Result<std::vector<std::byte>>& data) {
+            UTTypeWebP, [&image, &imageIO = imageIO_,
+                         owner = owner_](const Result<std::vector<std::byte>>& data) {
                 if (!data) return;
                 if (const auto picture = imageIO.imageWithData(*data)) image.set(*picture);
             });
     } else if (provider->canLoadObjectOfClassUIImage()) {
-        provider->loadObjectOfClassUIImage([&image](const Result<UIImage>& picture) {
-            image.set(picture ? std::optional(*picture) : std::nullopt);
-        });
+        provider->loadObjectOfClassUIImage(
+            [&image, owner = owner_](const Result<UIImage>& picture) {
+                image.set(picture ? std::optional(*picture) : std::nullopt);
+            });
     }
 }
 

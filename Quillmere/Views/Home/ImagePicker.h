@@ -1,7 +1,9 @@
 // What becomes of a pick in the photo library.
 #pragma once
 
+#include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "Base/Published.h"
@@ -10,7 +12,7 @@
 
 namespace quillmere {
 
-/// The picker of pictures, bound to the fields of a screen that outlives it. Main thread, except
+/// The picker of pictures, bound to fields that outlive it. Main thread, except
 /// that the picture is written on the thread that loaded it.
 class ImagePicker {
 public:
@@ -20,8 +22,14 @@ public:
         Published<bool>& isPresented;
     };
 
-    ImagePicker(Bindings bindings, bool selectMultiple, ImageIO& imageIO)
-        : bindings_(bindings), selectMultiple_(selectMultiple), imageIO_(imageIO) {}
+    /// `owner` of the fields, if they need one, is held until the picture has been written, or is
+    /// known not to come.
+    ImagePicker(Bindings bindings, bool selectMultiple, ImageIO& imageIO,
+                std::shared_ptr<const void> owner = nullptr)
+        : bindings_(bindings),
+          selectMultiple_(selectMultiple),
+          imageIO_(imageIO),
+          owner_(std::move(owner)) {}
 
     /// How many pictures may be picked; 0 is no limit, and at 1 the first tap closes the picker.
     int selectionLimit() const { return selectMultiple_ ? 0 : 1; }
@@ -34,6 +42,7 @@ private:
     Bindings bindings_;
     const bool selectMultiple_;
     ImageIO& imageIO_;
+    const std::shared_ptr<const void> owner_;
 };
 
 }  // namespace quillmere

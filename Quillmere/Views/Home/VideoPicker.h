@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <vector>
 
@@ -15,8 +16,8 @@
 
 namespace quillmere {
 
-/// The picker of one video, as it is, bound to the fields of a screen that outlives it. The fields
-/// are written on the main queue.
+/// The picker of one video, as it is, bound to fields that outlive it, which are written on the
+/// main queue.
 struct VideoPicker {
     static constexpr int selectionLimit = 1;
 
@@ -27,6 +28,8 @@ struct VideoPicker {
     Published<std::optional<std::filesystem::path>>& videoURL;
     Published<std::optional<AlertTypes>>& alert;
     Published<bool>& isPresented;
+    /// Of the fields, if they need one: held until they have been written, or will not be.
+    std::shared_ptr<const void> owner = nullptr;
 
     /// Copies the first pick into the work area, on the provider's thread. Nothing happens for a
     /// cancel, for an item that is no file, and for one that can't be had; a copy that fails is

@@ -41,7 +41,10 @@ std::string_view nameOf(EnhancedShareView::ShareOption option) {
 }
 
 void EnhancedShareView::appear() {
-    isInstagramInstalled.set(ports_.application.canOpenURL("instagram://app"));
+    isInstagramInstalled.set(
+        ports_.application.canOpenURL("instagram://app", [weak = weak_from_this()](bool installed) {
+            if (const auto self = weak.lock()) self->isInstagramInstalled.set(installed);
+        }));
     iconScale.set(1);
     ports_.dispatch.mainQueue().asyncAfter(
         buttonsDelay, [self = shared_from_this()] { self->animateShareButtons.set(true); });

@@ -7,9 +7,9 @@
 #include <nlohmann/json.hpp>
 #include <regex>
 
+#include "Base/FormatString.h"
 #include "Desktop/Localization/PseudoLanguage.h"
 #include "Desktop/Localization/UserLanguage.h"
-#include "Quillmere/Models/Services/FormatString.h"
 
 namespace quillmere {
 namespace {

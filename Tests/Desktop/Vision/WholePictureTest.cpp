@@ -128,7 +128,7 @@ protected:
     FakeUserDefaults userDefaults{log};
     FakeLocalization localization{log};
     FakeAnalytics analytics{log};
-    ErrorStreamConsole console;
+    ErrorStreamConsole console{localization};
     ResourceBundle bundle{std::filesystem::path(QUILLMERE_MODELS_DIR).parent_path()};
     DesktopDispatch dispatch;
     DesktopGraphics graphics;

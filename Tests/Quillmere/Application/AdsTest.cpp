@@ -49,8 +49,8 @@ protected:
     }
 
     CallLog log;
-    ManualClock* clock = new ManualClock;  // the dispatch's
-    DesktopDispatch dispatch{std::unique_ptr<Clock>(clock)};
+    Date now;
+    DesktopDispatch dispatch{std::make_unique<ManualClock>()};
     FakeAdLibrary library{log};
     FakeConsole console{log};
     FakeAnalytics analytics{log};
@@ -62,7 +62,9 @@ protected:
     FakeWindowScene scene;
     FakeUIApplication application;
     std::shared_ptr<AppOpenAdManager> appOpen = std::make_shared<AppOpenAdManager>(
-        AppOpenAdManager::Ports{library, application, userDefaults, dispatch, console}, "A");
+        AppOpenAdManager::Ports{library, application, userDefaults, console,
+                                [this] { return now; }},
+        "A");
     std::shared_ptr<InterstitialAdManager> conversion =
         std::make_shared<InterstitialAdManager>(library, console, "C");
     std::shared_ptr<DetailAds> detail =
@@ -108,7 +110,7 @@ TEST_F(AdsTest, ALoadedAppOpenAdIsUsableForFourHours) {
          {std::chrono::nanoseconds(0), fourHours, fourHours - 1ns, 2 * fourHours}) {
         SCOPED_TRACE(age.count());
         const auto ad = library.fill();
-        clock->advanceBy(age);
+        now += age;
         if (age >= fourHours) {
             EXPECT_THAT(linesAfter([&] { appOpen->showAdIfAvailable(); }),
                         ElementsAre(notReady, loading, "load app open A"));

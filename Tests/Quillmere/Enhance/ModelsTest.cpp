@@ -209,6 +209,7 @@ TEST_F(Models, ScheduledWarmUpLeavesTheCallersThreadForTheMostUrgentQueue) {
     public:
         explicit Signalling(DispatchSemaphore& printed) : printed_(printed) {}
         void print(std::string_view) override { printed_.signal(); }
+        void report(const std::vector<Error>&) override {}
 
     private:
         DispatchSemaphore& printed_;

@@ -2,6 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "Quillmere/Models/Video/AudioSampleRate.h"
 #include "Quillmere/Models/Video/SuperResolutionFactor.h"
 #include "Quillmere/Models/Video/VideoFileManager.h"
@@ -10,6 +12,7 @@
 #include "Tests/Fakes/FakeDateFormatter.h"
 #include "Tests/Fakes/FakeFileManager.h"
 #include "Tests/Fakes/FakeVideoToolbox.h"
+#include "Tests/Fakes/FirstBytes.h"
 
 namespace quillmere {
 namespace {
@@ -91,21 +94,25 @@ protected:
     FakeConsole console{log};
     FakeFileManager files;
     FakeDateFormatter dates;
-    VideoFileManager manager{{files, dates, console, [] { return Date(); }}};
+    VideoFileManager manager{{files, dates, console, firstBytes, [] { return Date(); }}};
 };
 
-TEST_F(VideoFiles, NamesKeepTwentyCharactersAndNoHalfOnes) {
+TEST_F(VideoFiles, NamesKeepTwentyCharactersButNoMoreThanAFileSystemTakes) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {"a.mp4", "a"},
         {"123456789012345678901234567890.mp4", "12345678901234567890"},
-        {"動画動画動画動画動画動画動画動画動画動画動.mov",
-         "動画動画動画動画動画動画動画動画動画動画"},
     };
     for (const auto& [name, kept] : cases) {
         EXPECT_EQ(manager.makeOutputUrl(name, ".mov"),
                   "/temporary/Videos/" + kept + "_1970_01_01_000000.mov");
     }
     EXPECT_TRUE(files.folders.contains("/temporary/Videos"));
+    const VideoFileManager::Ports longOnes{
+        files, dates, console, [](std::string_view, std::size_t count) {
+            return std::string(count * 25, 'x');  // as many bytes as a family of emoji has
+        }};
+    EXPECT_EQ(VideoFileManager(longOnes).makeOutputUrl("a.mp4", ".mov").stem().string().size(),
+              8 * 25 + std::strlen("_1970_01_01_000000"));
 }
 
 TEST_F(VideoFiles, ClearingEmptiesTheTemporaryFolderAndStopsAtTheFirstFailure) {

@@ -46,14 +46,17 @@ protected:
     FakeVideoToolbox scaler;
 };
 
-TEST_F(DetailViewTest, ComingBackLosesNoResult) {
+TEST_F(DetailViewTest, ComingBackLosesNoResultAndSeesAnotherChoiceOfTheFormat) {
     const auto view = open({10, 10});
     EXPECT_TRUE(view->showBannerAds.get());
+    EXPECT_STREQ(view->formatName(), "JPG");
     view->styleTapped(EnhanceStyle::high);
     pumpUntil([&] { return !view->vm().isConverting.get(); });
     view->dragDivider(30, 100, false);
     view->disappear();
+    userDefaults.integers[std::string(imageFormatKey)] = 2;
     view->appear();
+    EXPECT_STREQ(view->formatName(), "PNG");
     EXPECT_EQ(sizeOf(view->result()).width, 20);
     EXPECT_EQ(view->sliderPosition.get(), 0.3);
     EXPECT_THAT(lines("event ShowDetail"), SizeIs(1));

@@ -1,7 +1,11 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <map>
 #include <memory>
+#include <thread>
+#include <utility>
 
 #include "Desktop/Dispatch/DesktopDispatch.h"
 #include "Quillmere/Models/Services/Notifications.h"
@@ -11,6 +15,7 @@
 #include "Quillmere/Views/Home/ImageCropper.h"
 #include "Quillmere/Views/Home/ImagePicker.h"
 #include "Quillmere/Views/Home/VideoPicker.h"
+#include "Quillmere/Views/Home/WaysIn.h"
 #include "Tests/Fakes/FakeAVFoundation.h"
 #include "Tests/Fakes/FakeAnalytics.h"
 #include "Tests/Fakes/FakeBundles.h"
@@ -23,6 +28,7 @@
 #include "Tests/Fakes/FakeSharing.h"
 #include "Tests/Fakes/FakeUIApplication.h"
 #include "Tests/Fakes/FakeUserDefaults.h"
+#include "Tests/Fakes/FirstBytes.h"
 #include "Tests/Fakes/ManualClock.h"
 
 namespace quillmere {
@@ -107,11 +113,18 @@ protected:
     FakeDateFormatter dateFormatter;
     NotificationCenter notificationCenter;
     ProjectSettings settings;
-    VideoFileManager videoFiles{{fileManager, dateFormatter, console}};
+    VideoFileManager videoFiles{
+        {fileManager, dateFormatter, console, firstBytes, [] { return Date(); }}};
     std::uint64_t drawn = 0;
     HomeView home{{*dispatch, userDefaults, analytics, localization, bundles, fileManager, imageIO,
                    avFoundation, application, activities, notificationCenter, videoFiles, console,
                    settings, [this] { return drawn; }}};
+    std::map<std::filesystem::path, PHPickerResult> library;
+    WaysIn ways{{home, *dispatch, fileManager, videoFiles, imageIO, localization,
+                 [this](const std::filesystem::path& file) {
+                     const auto found = library.find(file);
+                     return found == library.end() ? std::nullopt : std::optional(found->second);
+                 }}};
 };
 
 TEST_F(HomeTest, EachAppearanceCancelsAndCleansAndOnlyTheFirstCountsALaunch) {
@@ -143,7 +156,7 @@ TEST_F(HomeTest, TheCropSettingIsReadAtEachTap) {
 }
 
 TEST_F(HomeTest, OneRuleDecidesBetweenCropperAndDetailScreen) {
-    enum class Way { library, several, file };
+    enum class Way { one, several, file };
     struct Case {
         Way way;
         bool crop;
@@ -152,8 +165,8 @@ TEST_F(HomeTest, OneRuleDecidesBetweenCropperAndDetailScreen) {
         std::size_t picks;
     };
     for (const Case& c : {
-             Case{Way::library, false, false, 5, 1},
-             Case{Way::library, true, true, 0, 1},
+             Case{Way::one, false, false, 5, 1},
+             Case{Way::one, true, true, 0, 1},
              Case{Way::several, false, false, 5, 2},
              Case{Way::several, true, false, 5, 2},
              Case{Way::file, false, false, 7, 0},
@@ -166,7 +179,7 @@ TEST_F(HomeTest, OneRuleDecidesBetweenCropperAndDetailScreen) {
         home.showImageCropper.set(false);
         userDefaults.integers[std::string(enableCropKey)] = c.crop;
         switch (c.way) {
-            case Way::library:
+            case Way::one:
                 home.selectFromLibraryTapped();
                 pick({good(5)});
                 break;
@@ -307,6 +320,124 @@ TEST_F(HomeTest, APickedVideoIsCopiedWhileItIsThere) {
     pickVideo(good);
     pumpUntil([this] { return home.alert.get().has_value(); });
     EXPECT_FALSE(home.alert.get()->message());
+}
+
+/// A picture that takes until `arrive`, and what became of it.
+class SlowPicture {
+public:
+    SlowPicture(DesktopDispatch& dispatch, int width)
+        : gate_(dispatch.makeSemaphore(0)), width_(width) {}
+
+    WaysIn::Decode decode() {
+        const auto token = std::make_shared<int>();
+        underWay_ = token;
+        return [this, token] {
+            thread_ = std::this_thread::get_id();
+            ++decodes_;
+            gate_->wait();
+            return FakeImageIO::picture({width_, 1});
+        };
+    }
+    void arrive() {
+        gate_->signal();
+        while (!underWay_.expired()) std::this_thread::yield();
+        EXPECT_EQ(decodes_, 1);
+        EXPECT_NE(thread_, std::this_thread::get_id());
+    }
+
+private:
+    std::shared_ptr<DispatchSemaphore> gate_;
+    const int width_;
+    std::weak_ptr<int> underWay_;
+    std::thread::id thread_;
+    int decodes_ = 0;
+};
+
+TEST_F(HomeTest, TheMainThreadIsFreeWhileAPictureComes) {
+    SlowPicture picture(*dispatch, 4);
+    ways.paste(picture.decode());
+    pump();
+    EXPECT_TRUE(ways.isLoading.get());
+    EXPECT_FALSE(home.inputImage.get());
+    picture.arrive();
+    pump();
+    EXPECT_FALSE(ways.isLoading.get());
+    EXPECT_EQ(widthOf(home.inputImage.get()), 4);
+    EXPECT_FALSE(home.pickerResults.get());
+}
+
+TEST_F(HomeTest, WhatComesTakesThePlaceOfWhatIsStillOnItsWay) {
+    fileManager.files["/home/b.mp4"] = FakeImageIO::bytesOf("movie");
+    const auto movie = item(std::nullopt);
+    movie->files.emplace("public.movie", std::filesystem::path("/home/b.mp4"));
+    library.emplace("/home/b.mp4", PHPickerResult{std::nullopt, movie});
+    library.emplace("/home/c.jpg", good(9));
+    avFoundation.movies[videoFiles.makeOutputUrl("b.mp4", ".mp4")].still =
+        *FakeImageIO::picture({16, 9}).cgImage();
+    struct Case {
+        const char* name;
+        std::function<void()> come;
+        int width;
+    };
+    const Case cases[] = {
+        {"a file", [&] { ways.filePicked("/home/a.jpg"); }, 7},
+        {"pictures, one of which is a video",
+         [&] {
+             ways.open({"/home/c.jpg", "/home/b.mp4"});
+         },
+         9},
+        {"a pick", [&] { ways.picked({good(5)}); }, 5},
+        {"another paste", [&] { ways.paste([] {
+                                    return FakeImageIO::picture({2, 2});
+                                }); }, 2},
+        {"a video", [&] { ways.open({"/home/b.mp4"}); }, 16},
+        {"a cancel of picks",
+         [&] {
+             ways.picked({good(5), good(6)});
+             ways.cancel();
+         },
+         0},
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.name);
+        home.inputImage.set(std::nullopt);
+        home.tmpInputImage.set(std::nullopt);
+        SlowPicture old(*dispatch, 1);
+        ways.paste(old.decode());
+        c.come();
+        pumpUntil([&] {
+            return !ways.isLoading.get() && (home.inputImage.get().has_value() || c.width == 0);
+        });
+        old.arrive();
+        pump();
+        EXPECT_EQ(widthOf(home.inputImage.get()), c.width);
+        EXPECT_FALSE(ways.isLoading.get());
+    }
+    EXPECT_FALSE(home.pickerResults.get());
+}
+
+TEST_F(HomeTest, WhatIsNoPictureIsToldAndOpensNothing) {
+    localization.texts["FailedToOpenFile"] = "no %@";
+    const auto decodeNothing = [] { return Result<UIImage>(Error{"d", 1, "lost"}); };
+    const std::pair<std::function<void()>, const char*> cases[] = {
+        {[&] { ways.filePicked("/home/a.txt"); }, "no a.txt"},
+        {[&] { ways.filePicked("/home/gone.jpg"); }, "no gone.jpg"},
+        {[&] { ways.open({"/home/gone.jpg"}); }, "no gone.jpg"},
+        {[&] { ways.paste(decodeNothing); }, "lost"},
+    };
+    for (const auto& [come, message] : cases) {
+        home.showingDocumentPicker.set(true);
+        home.alert.set(std::nullopt);
+        come();
+        pumpUntil([&] { return home.alert.get().has_value(); });
+        EXPECT_EQ(home.alert.get()->message(), message);
+        EXPECT_FALSE(ways.isLoading.get() || home.isShowingDetailView.get()) << message;
+    }
+    ways.filePicked(std::nullopt);
+    EXPECT_FALSE(home.showingDocumentPicker.get());
+    ways.picked({{std::nullopt, item(Result<UIImage>(lost()))}});
+    pumpUntil([&] { return !ways.isLoading.get(); });
+    EXPECT_FALSE(home.isShowingDetailView.get());
 }
 
 TEST_F(HomeTest, MoreAppsAreForTallScreensAndOldUsers) {

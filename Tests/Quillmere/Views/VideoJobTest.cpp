@@ -6,6 +6,7 @@
 #include "Tests/Fakes/FakeCrashLog.h"
 #include "Tests/Fakes/FakeFileManager.h"
 #include "Tests/Fakes/FakeVideoToolbox.h"
+#include "Tests/Fakes/FirstBytes.h"
 #include "Tests/Quillmere/Video/FourSecondMovie.h"
 #include "Tests/Quillmere/Views/DetailViewModelFixture.h"
 
@@ -32,9 +33,9 @@ class VideoJobTest : protected VideoFakes, public DetailViewModelTest {
 protected:
     VideoJobTest() {
         DetailPorts withVideo = ports();
-        withVideo.video.emplace(DetailPorts::Video{audioToolbox, scaler, coreImage, files, crashLog,
-                                                   console, notificationCenter,
-                                                   [this]() -> CIContext& { return *context; }});
+        withVideo.video.emplace(DetailPorts::Video{
+            audioToolbox, scaler, coreImage, files, crashLog, console, notificationCenter,
+            [this]() -> CIContext& { return *context; }, videoFiles});
         model = std::make_shared<DetailViewModel>(withVideo);
         avFoundation.movies["/in.mov"] = fourSecondMovie(true);
         model->prepare(FakeImageIO::picture({4, 2}), "/in.mov", std::nullopt);
@@ -60,6 +61,8 @@ protected:
         const auto& settings = std::get<AVVideoOutputSettings>(track.settings);
         return {settings.width, settings.height};
     }
+
+    VideoFileManager videoFiles{{files, dateFormatter, console, firstBytes}};
 };
 
 TEST_F(VideoJobTest, EachEndTellsItsEventAndFlagsInOrderAndShowsWhatItMust) {

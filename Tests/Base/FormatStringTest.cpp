@@ -1,4 +1,4 @@
-#include "Quillmere/Models/Services/FormatString.h"
+#include "Base/FormatString.h"
 
 #include <gtest/gtest.h>
 
