@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "Quillmere/Models/Services/FormatString.h"
+#include "Base/FormatString.h"
 #include "Quillmere/Views/Detail/ImageConversionProgressView.h"
 #include "Tests/Desktop/ImageIO/ExifTool.h"
 #include "Tests/Qml/AppUnderTest.h"
