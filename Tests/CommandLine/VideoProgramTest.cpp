@@ -128,8 +128,8 @@ TEST_F(VideoProgram, WhatCanNotBecomeAVideoGetsOneLineAndLeavesNoFile) {
     };
     const auto before = folder.names();
     for (const Case& c : {
-             Case{{"cut.mp4"}, "The movie is damaged, incomplete"},
-             Case{{"text.mp4"}, "The movie is damaged, incomplete or of an unknown kind"},
+             Case{{"cut.mp4"}, "The video is damaged, incomplete"},
+             Case{{"text.mp4"}, "The video is damaged, incomplete or of an unknown kind"},
              Case{{"frames.mkv"}, "The video holds no frames."},
              Case{{"sound.m4a"}, "There is no video in this file."},
              Case{{"gone.mp4"}, "There is no file gone.mp4."},

@@ -46,7 +46,6 @@ Sheet {
                 Layout.fillWidth: true
                 Layout.topMargin: Theme.s
                 text: modelData
-                focus: index === 0
                 prominent: index === 0
                 // The one that does no harm.
                 focus: index === box.alert.buttons.length - 1
