@@ -68,7 +68,7 @@ Sheet {
                     ["moreApps", "apps", "MoreApps", "moreAppsTapped"],
                     ["review", "pencil", "WriteReview", "writeReviewTapped"]
                 ].filter((row) => App.offers[row[0]])
-                visible: rows.length > 0
+                visible: waysOut.rows.length > 0
                 Repeater {
                     model: waysOut.rows
                     ListRow {
