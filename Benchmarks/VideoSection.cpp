@@ -115,7 +115,8 @@ void measurePeers(const Setting& setting) {
     measureBesidePeer(setting, clip, "original", "null", table);
     measureBesidePeer(setting, clip, "rapidHQ", "scale=2560:1440:flags=lanczos", table);
     table.note(
-        "From the start of a process to its end, by turns; both encode by x264's *veryfast*, ffmpeg\n"
+        "From the start of a process to its end, by turns; both encode by x264's *veryfast*, "
+        "ffmpeg\n"
         "at the data rate that was asked for when the clip was made, ours at that which it has.\n"
         "ffmpeg's filter beside `rapidHQ` is Lanczos, to the same size.");
 }

@@ -59,6 +59,10 @@ TEST_P(ConsentWindowTest, NothingIsLoadedButAfterTheUsersYes) {
     after(5);
     ASSERT_TRUE(app.waitUntil([&] { return done; }));
     EXPECT_EQ(hasAd(), std::string(kept) == "ads allowed");
+    const QQuickItem* focused = app.window().activeFocusItem();
+    ASSERT_NE(focused, nullptr);
+    EXPECT_TRUE(QString(focused->metaObject()->className()).startsWith("HomeScreen"))
+        << "the home screen has the keyboard";
 }
 
 }  // namespace
