@@ -43,6 +43,12 @@ private:
 
 class HomeWindowTest : public testing::Test {
 protected:
+    /// Of a maker that has other applications.
+    static ProjectSettings edition() {
+        ProjectSettings edition;
+        edition.makerStorePage = "https://store.example/maker/";
+        return edition;
+    }
     fs::path write(const std::string& name, const std::string& size) {
         const auto file = testHome() / "camera" / name;
         fs::create_directories(file.parent_path());
@@ -87,7 +93,7 @@ protected:
         return texts;
     }
 
-    AppUnderTest& app = AppUnderTest::shared();
+    AppUnderTest& app = AppUnderTest::shared(edition());
 };
 
 TEST_F(HomeWindowTest, TheFilePickerShowsPicturesOfAnyCaseAndAllFilesOnDemand) {
