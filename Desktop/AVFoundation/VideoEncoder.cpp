@@ -32,13 +32,11 @@ void keepToRate(AVCodecContext& codec, float bitsPerSecond) {
     constexpr double least = 1000, most = 2e9;
     const double rate = std::clamp<double>(bitsPerSecond, least, most);
     codec.bit_rate = std::llround(rate);
-    // What came out too large or too small is made up for a little faster than usual. Faster still,
-    // the quality of a picture that changes would swing, at a cost of half a decibel.
-    av_opt_set(codec.priv_data, "x264-params", "ratetol=0.7", 0);
-    // What suddenly moves, after a still beginning, would take many times the rate at first.
-    codec.rc_max_rate = std::llround(2 * rate);
+    // No second takes much more than its share, so that a short clip has no time to miss the rate.
+    // Tighter still, the quality of a picture that changes would swing.
+    codec.rc_max_rate = std::llround(1.1 * rate);
     codec.rc_buffer_size =
-        static_cast<int>(std::min<double>(3 * rate, std::numeric_limits<int>::max()));
+        static_cast<int>(std::min<double>(rate, std::numeric_limits<int>::max()));
     // Beyond 51 x264 leaves out ever more of what changes. At its own end, 69, nothing is left of a
     // picture; a clip of a few kilobits a second, of a still screen, say, would be grey.
     codec.qmax = 64;

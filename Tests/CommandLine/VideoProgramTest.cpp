@@ -195,6 +195,21 @@ TEST_F(VideoProgram, ASignalCancelsTheJobAndLeavesNothing) {
     EXPECT_EQ(folder.names(), before);
 }
 
+TEST_F(VideoProgram, AResultKeepsToTheRateOfItsSourceUnlessQualityIsAskedFor) {
+    make(
+        "-f lavfi -i testsrc2=s=160x90:r=25:d=5,noise=alls=40:allf=t -c:v libx264 -crf 30 "
+        "-pix_fmt yuv420p",
+        "noisy.mp4");
+    const auto rateOf = [](const fs::path& movie) {
+        return std::stod(probe(movie, "-select_streams v -show_entries stream=bit_rate"));
+    };
+    ASSERT_EQ(video({"noisy.mp4", "-o", "kept.mov"}).exitCode, 0);
+    EXPECT_NEAR(rateOf(folder / "kept.mov") / rateOf(folder / "noisy.mp4"), 1, 0.15);
+    ASSERT_EQ(video({"noisy.mp4", "-o", "fine.mov", "--quality", "66"}).exitCode, 0);
+    EXPECT_GT(rateOf(folder / "fine.mov"), 3 * rateOf(folder / "noisy.mp4"));
+    EXPECT_EQ(video({"noisy.mp4", "-o", "none.mov", "--quality", "0"}).exitCode, 2);
+}
+
 TEST_F(VideoProgram, EncodingLosesNoMoreOfTheLumaThanThePeerDoesAtTheSameRate) {
     make(
         "-f lavfi -i mandelbrot=s=320x180:r=25:end_scale=0.2 -t 4 -vf scale=out_color_matrix=bt709 "
